@@ -1,0 +1,122 @@
+#pragma once
+
+#include "TolmDataSet/MepEnums.h"
+#include "TolmDataSet/SmallRecords.h"
+#include "Vorn/OwnerPtr.h"
+#include "Vorn/Progress.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+class CQbase;
+
+namespace web::json {
+class value;
+class object;
+} // namespace web::json
+
+namespace tolm {
+
+class IProjectSettingMaterial;
+class IProjectSettingSizeModule;
+
+/// The one class through which the library touches the local store.
+///
+/// It holds no open store: every operation opens the file, takes a lock, works and closes. The dataset is known only
+/// by the path that the caller passes; `ddqFilePath` is the definition file. Failures come back as values: false, an
+/// empty list, -1 or an empty text; internal faults are debug warnings. Operations run on the caller's thread; one
+/// thread at a time uses the object, and the stores' own locks keep operations of different processes apart.
+class MepQbaseUtil {
+public:
+    static MepQbaseUtil* GetInstance();
+
+    MepQbaseUtil(const MepQbaseUtil&) = delete;
+    MepQbaseUtil& operator=(const MepQbaseUtil&) = delete;
+
+    // --- header (MepQbaseUtil.Header.cpp) ------------------------------------------------------------------------
+    bool SetLocalVersion(wstring filePath, wstring ddqFilePath, int version);
+    wstring SetLastUpdateTimePoint(wstring filePath, wstring ddqFilePath);
+    int GetLocalVersion(wstring filePath, wstring ddqFilePath, bool& hasLocalChanges);
+    wstring GetLastUpdateTimePoint(wstring filePath, wstring ddqFilePath);
+    bool ResetQbase(CQbase* qb);
+    bool ResetQbaseCategory(CQbase* qb, const char* classCode);
+
+    // --- materials and size modules (MepQbaseUtil.Materials.cpp) ---------------------------------------------------
+    bool ReadMaterialList(wstring filePath, wstring ddqFilePath, TolmProjectSettingMEPObjectType mepType,
+                          MEPDisciplineId disciplineId, std::vector<vorn::OwnerPtr<IProjectSettingMaterial>>& list);
+    bool ReadMaterial(wstring filePath, wstring ddqFilePath, wstring id,
+                      vorn::OwnerPtr<IProjectSettingMaterial>& material);
+    bool WriteMaterial(wstring filePath, wstring ddqFilePath, const IProjectSettingMaterial* newMaterial);
+    bool DeleteMaterialList(wstring filePath, wstring ddqFilePath,
+                            std::vector<const IProjectSettingMaterial*> materialList);
+    bool ReadSizeModuleList(wstring filePath, wstring ddqFilePath, TolmProjectSettingMEPObjectType mepType,
+                            MEPDisciplineId disciplineId,
+                            std::vector<vorn::OwnerPtr<IProjectSettingSizeModule>>& list);
+    bool ReadSizeModuleList(wstring filePath, wstring ddqFilePath, TolmProjectSettingMEPObjectType mepType,
+                            wstring materialId, vorn::OwnerPtr<IProjectSettingSizeModule>& module);
+    bool WriteSizeModule(wstring filePath, wstring ddqFilePath, const IProjectSettingSizeModule* newSize);
+    bool DeleteSizeModuleList(wstring filePath, wstring ddqFilePath,
+                              std::vector<const IProjectSettingSizeModule*> sizeModuleList);
+    bool read_materialserie_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingMaterial>& retMaterial);
+    bool write_materialserie_att(CQbase* qb, const IProjectSettingMaterial* pMaterial);
+    bool read_sizemodule_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingSizeModule>& retSizeModule);
+    bool write_sizemodule_att(CQbase* qb, const IProjectSettingSizeModule* sizeModule);
+
+    // --- change tracking (MepQbaseUtil.Tracking.cpp) ----------------------------------------------------------------
+    bool GetLocalChangedIdList(CQbase* qbStatus, int mepType, int disciplineId, const char* classCode,
+                               std::vector<wstring>& createdIds, std::vector<wstring>& editedIds,
+                               std::vector<wstring>& removedIds);
+
+    // --- references and maintenance (MepQbaseUtil.References.cpp) ----------------------------------------------------
+    bool IsTheSizeModuleReferred(wstring filePath, wstring ddqFilePath, const IProjectSettingSizeModule* pSizeModule,
+                                 wstring& referrerName);
+
+    // --- refresh from the cloud (MepQbaseUtil.Pipeline.cpp) ----------------------------------------------------------
+    bool SyncDataFromCloud(bool writeTimePoint, vorn::IProgressReporter* progress, wstring datasetFilePath,
+                           wstring templateFilePath, wstring combinedProductFilePath, wstring binaryFileFolder,
+                           RecoverDataInfo* recoverInfo);
+    int GetCloudVersion(wstring projectId);
+
+    // --- ingest (MepQbaseUtil.Ingest*.cpp) ------------------------------------------------------------------------------
+    void SyncPipeSizeTableItem(CQbase* qb, short disciplineId, const web::json::value& element);
+    bool SyncSizeTableExceptPipeAndGroupTableItem(CQbase* qb, wstring groupName, const wchar_t* id,
+                                                  web::json::value element);
+    bool SyncMaterialSerie(web::json::value element, CQbase* qb, short mepType, short disciplineId);
+    bool SyncDeletedMaterialSerie(const web::json::object& del, CQbase* qb, wstring key);
+    bool SyncSystemTypes(CQbase* qb, short mepType, short disciplineId, std::vector<web::json::value> elements);
+    bool SyncRecoveredSystemTypes(CQbase* qb, short mepType, short disciplineId,
+                                  std::vector<web::json::value> elements, std::map<wstring, bool>& createdIds);
+    bool SyncDeletedSystemType(const web::json::object& del, CQbase* qb, wstring key);
+    bool AddOtherContent(const web::json::object& add, CQbase* qb, wstring combinedProductFilePath,
+                         wstring binaryFileFolder);
+    bool DeleteOtherContent(const web::json::object& del, CQbase* qb, wstring combinedProductFilePath,
+                            wstring binaryFileFolder);
+    bool GetCombinedProductFromJson(wstring categoryCode, web::json::value element, TolmCombinedProduct& product);
+
+    // --- name repair and recovery (MepQbaseUtil.NameRepair.cpp, MepQbaseUtil.Recovery.cpp) ------------------------------
+    bool FindAndRenameDuplicatedItems(std::vector<wstring> cloudAdded, std::vector<wstring> cloudModified,
+                                      std::vector<wstring> localCreated, std::vector<wstring> localEdited, CQbase* qb,
+                                      const char* classCode, short mepType, short disciplineId, bool reportMissing);
+    void RecoverInstantiatedSystemTypes(web::json::value recoverData, CQbase* qb, wstring& templateFilePath,
+                                        RecoverDataInfo* recoverInfo);
+    /// Ids of the system types that the last recovery took back in; an upload confirms and clears them.
+    const std::vector<wstring>& RecoveredSystemTypeIds() const { return m_recoveredSystemTypeIds; }
+
+private:
+    MepQbaseUtil() = default;
+    ~MepQbaseUtil() = default;
+
+    /// Opens and locks a store. False when a path is empty, the store will not open or the lock is not to be had.
+    bool OpenQbase(wstring filePath, wstring ddqFilePath, CQbase* qb, bool forUpdate, bool create);
+
+    /// Notes a change of one record in the status store beside `filePath`.
+    bool RecordLocalChange(wstring filePath, wstring ddqFilePath, const char* classCode, wstring id, int status,
+                           short mepType, short disciplineId);
+
+    std::vector<wstring> m_recoveredSystemTypeIds;
+
+    friend struct MepQbaseUtilTestAccess;
+};
+
+} // namespace tolm

@@ -1,0 +1,156 @@
+#pragma once
+
+#include "Qbase/QbaseTypes.h"
+#include "Vorn/Export.h"
+
+#include <memory>
+#include <string>
+
+/// Why the last operation of a handle failed.
+enum class QbaseError : short {
+    None = 0,
+    BadArgument = 1,     ///< an empty path, a null pointer, an unknown class or attribute, a wrong type
+    NotFound = 2,        ///< no such file, record or attribute
+    NotAStore = 3,       ///< the file is no store, or is damaged
+    NewerVersion = 4,    ///< the file was written by a later version
+    BadDefinition = 5,   ///< the definition file cannot be read or understood
+    Locked = 6,          ///< the lock was not to be had within the waiting time
+    NotLockedForUpdate = 7, ///< a change was tried under a read lock
+    Doomed = 8,          ///< an earlier failure dooms the handle: nothing of its transaction is kept
+    Disk = 9,            ///< the file system reported a failure
+    WrongState = 10,     ///< not open, open already, or no current record
+};
+
+/// A handle on one object-database file.
+///
+/// A store holds records in classes; classes and their attributes come from the definition file. A record lives in
+/// a class under an id and has the attributes that were set. A handle is closed, open, or open and locked; it is
+/// used from one thread at a time, and it never outlives its companions (`openBeside`).
+///
+/// An open with a lock is one transaction, which begins with the lock and is committed by `closeDatabase` or by
+/// destruction. An open without a lock commits each `saveRec` and `deleteRec` by itself, save after
+/// `beginTransaction`. A read or write that fails for the disk's or a lock's sake dooms the handle: nothing of the
+/// transaction is kept, all later calls fail, and `closeDatabase` returns false. No operation throws.
+class TOLM_PLATFORM_API CQbase {
+public:
+    CQbase();
+    /// Closes the store as `closeDatabase` does; never throws.
+    ~CQbase();
+    CQbase(const CQbase&) = delete;
+    CQbase& operator=(const CQbase&) = delete;
+
+    // --- opening, locks and transactions -----------------------------------------------------------------------
+
+    /// Opens the file. With `create` a file that does not exist (or is empty) comes into being with its schema,
+    /// on disk when the call returns. A damaged, newer or foreign file fails to open and is left as it was.
+    bool openDatabase(const std::wstring& definitionPath, const std::wstring& filePath, bool create);
+
+    /// Opens the file as a companion of `primary`, which must be open: both share one connection, and what both
+    /// change is committed together or not at all when `primary` is closed. It may be called before or after
+    /// `primary` is locked and shares its lock and transaction. The companion must be closed or destroyed before
+    /// `primary`; its own `closeDatabase` commits nothing. On failure `primary` is as it was and stays usable.
+    bool openBeside(CQbase& primary, const std::wstring& definitionPath, const std::wstring& filePath, bool create);
+
+    /// Commits what was changed, closes the file and releases the lock. False when the changes are not on disk;
+    /// then none of them is. True for a handle that was not open.
+    bool closeDatabase();
+
+    /// Gives up the transaction and closes; the file stays as it was at the lock.
+    void abandon();
+
+    /// Takes a shared lock; changes fail until the store is closed.
+    bool lockForRead();
+    /// Takes the exclusive lock. Both wait at most `lockTimeout`. A thread that already holds a store's update
+    /// lock and asks again through another handle is refused at once.
+    bool lockForUpdate();
+
+    /// On an open without a lock: gathers all further changes into one transaction, committed at the close.
+    bool beginTransaction();
+
+    /// Code of the last failure; `QbaseError::None` after a success.
+    short getLastError() const;
+
+    /// How long a lock is waited for, in milliseconds; 5000 by default. For all handles of the process.
+    static void setLockTimeout(int milliseconds);
+    static int lockTimeout();
+
+    // --- finding records ---------------------------------------------------------------------------------------
+
+    /// Counts the records of the whole file.
+    bool getNmbOfRecs(long& count);
+    /// True when the record exists; does not change the current record and sees every record.
+    bool existRec(const char* classCode, const wchar_t* id);
+    bool existRec(const char* classCode, const std::wstring& id) { return existRec(classCode, id.c_str()); }
+    /// Makes this record the current one, whatever the filters say. A failure leaves the current record.
+    bool fetchEqualRec(const char* classCode, const wchar_t* id);
+    bool fetchEqualRec(const char* classCode, const std::wstring& id) { return fetchEqualRec(classCode, id.c_str()); }
+    /// Makes the first record of the class, in order of creation, that passes the filters the current one.
+    bool fetchFirstMember(const char* classCode);
+    /// Goes on from the current record within its class, and through the filters.
+    bool fetchNextMember();
+    /// Goes on from the current record through all classes, in order of creation, and through the filters.
+    bool fetchNextRec();
+    /// Adds a filter; the only operator is "=". Filters hold until `resetFilters`; a missing attribute never
+    /// passes, and a class that lacks the attribute has no passing record.
+    bool setFilter(short attributeId, const char* op, short value);
+    bool setFilter(short attributeId, const char* op, const wchar_t* value);
+    void resetFilters();
+
+    // --- changing records --------------------------------------------------------------------------------------
+
+    /// Makes a record that stands only in the handle and makes it current; nothing is stored before `saveRec`.
+    /// False for an id that stands, and then nothing moves.
+    bool createRec(const char* classCode, const wchar_t* id);
+    bool createRec(const char* classCode, const std::wstring& id) { return createRec(classCode, id.c_str()); }
+    bool createRec(const char* classCode, const char* id);
+    /// Stores what was set on the current record.
+    bool saveRec();
+    /// Removes the record.
+    bool deleteRec(const char* classCode, const wchar_t* id);
+    bool deleteRec(const char* classCode, const std::wstring& id) { return deleteRec(classCode, id.c_str()); }
+
+    // --- attributes of the current record ----------------------------------------------------------------------
+    // A getter returns false when the record lacks the attribute, and leaves the value as it was. Values that were
+    // set are read back before they are saved.
+
+    bool getObjId(CWsz& id);
+    bool getByte(short attributeId, unsigned char& value);
+    bool getShort(short attributeId, short& value);
+    bool getLong(short attributeId, long& value);
+    bool getFloat(short attributeId, float& value);
+    bool getDouble(short attributeId, double& value);
+    /// The int is not used.
+    bool getWsz(short attributeId, CWsz& text, int);
+    /// At most `maxCount` entries are given back; the last int is not used.
+    bool getWszArray(short attributeId, CWszArray& texts, int maxCount, int);
+    bool getFloatArray(short attributeId, CFloatArray& values);
+    /// Copies a binary attribute of the size that the definition gives; any other stored length is refused.
+    bool getBinary(short attributeId, void* bytes);
+    /// The bytes of a binary array, and their count.
+    bool getBinaryArray(short attributeId, CByteBuffer& bytes, int& byteCount);
+
+    bool setByte(short attributeId, unsigned char value);
+    bool setShort(short attributeId, short value);
+    bool setLong(short attributeId, long value);
+    bool setFloat(short attributeId, float value);
+    bool setDouble(short attributeId, double value);
+    /// `length` in characters; -1 for zero-terminated text.
+    bool setWsz(short attributeId, const wchar_t* text, int length);
+    bool setWszArray(short attributeId, const CWszArray& texts, int);
+    bool setFloatArray(short attributeId, const float* values, int count);
+    /// The size comes from the definition; the short is not used.
+    bool setBinary(short attributeId, const void* bytes, short);
+    /// `count` entries of the size that the definition gives; the short is not used.
+    bool setBinaryArray(short attributeId, const void* bytes, int count, short);
+    /// True also when the record has no such attribute.
+    bool removeAttribute(short attributeId);
+
+    // --- whole files -------------------------------------------------------------------------------------------
+
+    /// Removes a store together with its journal. True when none stands there afterwards.
+    static bool removeStore(const std::wstring& filePath);
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};

@@ -1,0 +1,15 @@
+# Settings that every target of the project shares.
+add_library(TolmSettings INTERFACE)
+target_compile_options(TolmSettings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wconversion -Wno-sign-conversion)
+if(TOLM_WARNINGS_AS_ERRORS)
+  target_compile_options(TolmSettings INTERFACE -Werror)
+endif()
+if(TOLM_SANITIZE)
+  target_compile_options(TolmSettings INTERFACE -fsanitize=${TOLM_SANITIZE} -fno-omit-frame-pointer)
+  target_link_options(TolmSettings INTERFACE -fsanitize=${TOLM_SANITIZE})
+endif()
+if(TOLM_COVERAGE)
+  target_compile_options(TolmSettings INTERFACE --coverage)
+  target_link_options(TolmSettings INTERFACE --coverage)
+endif()
