@@ -32,8 +32,7 @@ public:
     bool GetCloudSystemChangeData(wstring workunitId, web::json::value& data);
     bool ReadProjectTemplateRowKey(wstring projectId, wstring& rowKey);
     bool ApplyDefaultProjectSettingTemplate(wstring projectId);
-    bool SendUpdateSettingDataInfo(wstring projectId, wstring workunitId, std::vector<wstring> dataIds,
-                                   int dataStatus);
+    bool SendUpdateSettingDataInfo(wstring projectId, wstring workunitId, std::vector<wstring> dataIds, int dataStatus);
 
     const wstring& UserId() const { return m_userId; }
 
