@@ -8,6 +8,8 @@
 #include "Vorn/Clock.h"
 #include "Vorn/Text.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>

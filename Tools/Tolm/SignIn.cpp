@@ -3,9 +3,6 @@
 #include "Tolm/Errors.h"
 #include "Vorn/Text.h"
 
-#ifndef CPPHTTPLIB_OPENSSL_SUPPORT
-#define CPPHTTPLIB_OPENSSL_SUPPORT
-#endif
 #include <httplib.h>
 #include <nlohmann/json.hpp>
 
