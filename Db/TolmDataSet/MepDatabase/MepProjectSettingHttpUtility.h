@@ -36,6 +36,19 @@ public:
 
     const wstring& UserId() const { return m_userId; }
 
+    /// Names of the service's tables.
+    static wstring CircuitTemplateTable();
+    static wstring ConfigTreeTable();
+    static wstring PipeTypeTable();
+    static wstring HVACPipeTypeTable();
+    static wstring DuctTypeTable();
+    static wstring ConduitFittingsTypeTable();
+    static wstring CableTrayFittingsTypeTable();
+    static wstring PipeSystemTypeTable();
+    static wstring HVACPipeSystemTypeTable();
+    static wstring DuctSystemTypeTable();
+    static wstring ElectricalSystemTypeTable();
+
 private:
     TolmProjectSettingHttpUtility() = default;
 
