@@ -108,7 +108,7 @@ void AddFileOptions(CLI::App& command, ProjectOptions& options) {
 
 void AddGroupCommands(CLI::App& group, CommandContext& context, const std::shared_ptr<ProjectOptions>& options) {
     auto& create = AddCommand(group, context, "create", "Make a project without settings", options, CreateProject);
-    create.add_option("id", options->id, "id of the project")->required();
+    create.add_option("id,--project", options->id, "id of the project")->required();
     create.add_option("--name", options->name, "name for people to read");
 
     auto& fill =
@@ -122,7 +122,7 @@ void AddGroupCommands(CLI::App& group, CommandContext& context, const std::share
                [](const CommandContext& chosen, const ProjectOptions&) { ListProjects(chosen); });
 
     auto& show = AddCommand(group, context, "show", "Show a project: version and number of rows", options, ShowProject);
-    show.add_option("id", options->id, "id of the project")->required();
+    show.add_option("id,--project", options->id, "id of the project")->required();
 }
 
 } // namespace
