@@ -9,10 +9,10 @@ namespace vorn {
 
 /// One internal fault, as its handler receives it.
 struct DebugWarning {
-    std::string file;      ///< source file, as the compiler names it
-    int line = 0;          ///< line of the report
-    std::string function;  ///< class and function without namespace and arguments, as "MepQbaseUtil::WriteMaterial"
-    std::wstring message;  ///< short text, mostly a variable's name and "为空"
+    std::string file;     ///< source file, as the compiler names it
+    int line = 0;         ///< line of the report
+    std::string function; ///< class and function without namespace and arguments, as "MepQbaseUtil::WriteMaterial"
+    std::wstring message; ///< short text, mostly a variable's name and "为空"
 };
 
 /// The developer's channel for internal faults. Any thread may report; the handler runs on the reporting thread.

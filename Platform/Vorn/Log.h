@@ -2,6 +2,7 @@
 
 #include "Vorn/Export.h"
 
+#include <memory>
 #include <string>
 
 namespace vorn {
@@ -15,10 +16,13 @@ public:
     /// `truncate` empties a log that comes into being through this call.
     static LogManager* CreateOrGetForWrite(const std::wstring& folder, const std::wstring& name, bool truncate);
 
-    /// Writes one line. `flush` pushes it to the file at once, `echo` repeats it on the standard error stream.
+    /// Writes one line of level Info. `flush` pushes it to the file at once, `echo` repeats it on the standard error
+    /// stream.
     void DumpLine(const std::wstring& line, bool flush, bool echo);
+    void DumpLine(Level level, const std::wstring& line, bool flush, bool echo);
 
-    /// Folder of the default log. Until a host sets one, lines are kept back and nothing is written to disk.
+    /// Folder of the default log. Until a host sets one, lines are kept back, the last thousand of them, and nothing
+    /// is written to disk; so again after an empty folder.
     static void SetFolder(const std::wstring& folder);
     /// Lines below the level are dropped. Default: Info.
     static void SetLevel(Level level);
@@ -30,11 +34,12 @@ public:
     LogManager& operator=(const LogManager&) = delete;
 
 private:
-    LogManager();
+    LogManager(const std::wstring& folder, const std::wstring& name, bool truncate);
     ~LogManager();
-    friend struct LogRegistry;
+    friend class LogRegistry;
+    friend struct std::default_delete<LogManager>;
     struct State;
-    State* m_state;
+    std::unique_ptr<State> m_state;
 };
 
 } // namespace vorn

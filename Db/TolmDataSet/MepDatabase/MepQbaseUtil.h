@@ -51,8 +51,7 @@ public:
     bool DeleteMaterialList(wstring filePath, wstring ddqFilePath,
                             std::vector<const IProjectSettingMaterial*> materialList);
     bool ReadSizeModuleList(wstring filePath, wstring ddqFilePath, TolmProjectSettingMEPObjectType mepType,
-                            MEPDisciplineId disciplineId,
-                            std::vector<vorn::OwnerPtr<IProjectSettingSizeModule>>& list);
+                            MEPDisciplineId disciplineId, std::vector<vorn::OwnerPtr<IProjectSettingSizeModule>>& list);
     bool ReadSizeModuleList(wstring filePath, wstring ddqFilePath, TolmProjectSettingMEPObjectType mepType,
                             wstring materialId, vorn::OwnerPtr<IProjectSettingSizeModule>& module);
     bool WriteSizeModule(wstring filePath, wstring ddqFilePath, const IProjectSettingSizeModule* newSize);
@@ -78,15 +77,16 @@ public:
                            RecoverDataInfo* recoverInfo);
     int GetCloudVersion(wstring projectId);
 
-    // --- ingest (MepQbaseUtil.Ingest*.cpp) ------------------------------------------------------------------------------
+    // --- ingest (MepQbaseUtil.Ingest*.cpp)
+    // ------------------------------------------------------------------------------
     void SyncPipeSizeTableItem(CQbase* qb, short disciplineId, const web::json::value& element);
     bool SyncSizeTableExceptPipeAndGroupTableItem(CQbase* qb, wstring groupName, const wchar_t* id,
                                                   web::json::value element);
     bool SyncMaterialSerie(web::json::value element, CQbase* qb, short mepType, short disciplineId);
     bool SyncDeletedMaterialSerie(const web::json::object& del, CQbase* qb, wstring key);
     bool SyncSystemTypes(CQbase* qb, short mepType, short disciplineId, std::vector<web::json::value> elements);
-    bool SyncRecoveredSystemTypes(CQbase* qb, short mepType, short disciplineId,
-                                  std::vector<web::json::value> elements, std::map<wstring, bool>& createdIds);
+    bool SyncRecoveredSystemTypes(CQbase* qb, short mepType, short disciplineId, std::vector<web::json::value> elements,
+                                  std::map<wstring, bool>& createdIds);
     bool SyncDeletedSystemType(const web::json::object& del, CQbase* qb, wstring key);
     bool AddOtherContent(const web::json::object& add, CQbase* qb, wstring combinedProductFilePath,
                          wstring binaryFileFolder);
@@ -94,7 +94,8 @@ public:
                             wstring binaryFileFolder);
     bool GetCombinedProductFromJson(wstring categoryCode, web::json::value element, TolmCombinedProduct& product);
 
-    // --- name repair and recovery (MepQbaseUtil.NameRepair.cpp, MepQbaseUtil.Recovery.cpp) ------------------------------
+    // --- name repair and recovery (MepQbaseUtil.NameRepair.cpp, MepQbaseUtil.Recovery.cpp)
+    // ------------------------------
     bool FindAndRenameDuplicatedItems(std::vector<wstring> cloudAdded, std::vector<wstring> cloudModified,
                                       std::vector<wstring> localCreated, std::vector<wstring> localEdited, CQbase* qb,
                                       const char* classCode, short mepType, short disciplineId, bool reportMissing);
