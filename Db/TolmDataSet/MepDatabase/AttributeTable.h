@@ -43,6 +43,15 @@ bool ReadAttributes(CQbase& qb, Record& record, std::type_identity_t<AttributeTa
     return whole;
 }
 
+/// Reads the id of the current record.
+template <class Record> void ReadId(CQbase& qb, Record& record) {
+    CWsz text;
+    if (!qb.getObjId(text))
+        return;
+    std::wstring id = text.str();
+    record.SetId(id);
+}
+
 /// A number brought into the range of another type; what is no number is 0.
 template <class Target> Target ClampTo(double value) {
     if (std::isnan(value))

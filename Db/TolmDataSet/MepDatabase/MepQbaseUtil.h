@@ -20,6 +20,8 @@ namespace tolm {
 
 class IProjectSettingMaterial;
 class IProjectSettingSizeModule;
+class MaterialCache;
+class StoreFrame;
 
 /// The one class through which the library touches the local store.
 ///
@@ -42,7 +44,7 @@ public:
     bool ResetQbase(CQbase* qb);
     bool ResetQbaseCategory(CQbase* qb, const char* classCode);
 
-    // --- materials and size modules (MepQbaseUtil.Materials.cpp) ---------------------------------------------------
+    // --- materials and size modules (MepQbaseUtil.Materials.cpp, .SizeModules.cpp) ----------------------------------
     bool ReadMaterialList(wstring filePath, wstring ddqFilePath, TolmProjectSettingMEPObjectType mepType,
                           MEPDisciplineId disciplineId, std::vector<vorn::OwnerPtr<IProjectSettingMaterial>>& list);
     bool ReadMaterial(wstring filePath, wstring ddqFilePath, wstring id,
@@ -108,15 +110,22 @@ private:
     MepQbaseUtil() = default;
     ~MepQbaseUtil() = default;
 
+    /// The same, materials that `materials` holds are not read again.
+    bool read_sizemodule_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingSizeModule>& retSizeModule,
+                             MaterialCache& materials);
+
     /// Opens and locks a store. False when a path is empty, the store will not open or the lock is not to be had.
     bool OpenQbase(wstring filePath, wstring ddqFilePath, CQbase* qb, bool forUpdate, bool create);
 
-    /// Notes a change of one record in the status store beside `filePath`.
+    /// Notes a change of one record in the status store beside `filePath`, in a commit of its own. False when the
+    /// status store does not open or its change is not on disk. An operation that has the data store open notes the
+    /// change through a `StoreFrame` or a `StatusCompanion` in the same commit.
     bool RecordLocalChange(wstring filePath, wstring ddqFilePath, const char* classCode, wstring id, int status,
                            short mepType, short disciplineId);
 
     std::vector<wstring> m_recoveredSystemTypeIds;
 
+    friend class StoreFrame;
     friend struct MepQbaseUtilTestAccess;
 };
 

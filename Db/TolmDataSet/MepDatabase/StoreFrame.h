@@ -66,7 +66,11 @@ public:
             m_qb->saveRec();
             Track(ChangeOf(classCode, target->id, target->status, record));
         }
-        return Close() && target.has_value();
+        if (!Close())
+            return false;
+        if (!target)
+            m_site.Warn(L"createRec 失败");
+        return target.has_value();
     }
 
     /// Deletes the records of a tracked class that exist and closes. A null entry is reported as `nullEntry`.
