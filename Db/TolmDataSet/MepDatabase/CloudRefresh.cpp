@@ -65,8 +65,8 @@ const PipeGroupRow* FindPipeGroup(const wstring& groupName) {
 
 /// The table of this name; null when the increment has none.
 web::json::value* Find(web::json::object& tables, const wstring& name) {
-    const auto found = tables.find(ToWire(name));
-    return found == tables.end() ? nullptr : &found->second;
+    const std::string key = ToWire(name);
+    return std::as_const(tables).find(key) == tables.cend() ? nullptr : &tables.at(key);
 }
 
 struct LessWithoutCase {
