@@ -85,7 +85,7 @@ TEST(MaterialRecord, ACopyHasTheSameIdentifierToo) {
     const ProjectSettingMaterial copy(material);
     ProjectSettingMaterial assigned(dynamic_cast<const ProjectSettingMaterial&>(*ProjectSettingMaterial::Create()));
     assigned = material;
-    for (const auto* record : {&copy, &assigned}) {
+    for (const ProjectSettingMaterial* record : {&copy, static_cast<const ProjectSettingMaterial*>(&assigned)}) {
         EXPECT_EQ(record->GetId(), L"m-1");
         EXPECT_EQ(record->GetName(), L"铜管");
         EXPECT_EQ(record->GetMEPType(), TolmProjectSettingMEPObjectType::Duct);
