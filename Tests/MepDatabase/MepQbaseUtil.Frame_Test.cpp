@@ -1,10 +1,10 @@
 #include "MepDatabase/MepQbaseUtil.h"
 #include "MepDatabase/StoreFrame.h"
+#include "StoreSupport/LockTimeout.h"
+#include "StoreSupport/MepQbaseUtilTestAccess.h"
+#include "StoreSupport/Records.h"
+#include "StoreSupport/StoreFixture.h"
 #include "Support/FileSizeLimit.h"
-#include "Support/LockTimeout.h"
-#include "Support/MepQbaseUtilTestAccess.h"
-#include "Support/Records.h"
-#include "Support/StoreFixture.h"
 #include "TolmDataSet/ITolmDataSetFactory.h"
 
 #include <functional>
@@ -204,7 +204,7 @@ TEST_P(EachOperation, LeavesNothingOpen) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Store, EachOperation, testing::ValuesIn(kOperations),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 class StoreFrameTest : public StoreFixture {};
 
