@@ -3,7 +3,7 @@
 #include "MepDataSetInterface/RecordTestSupport.h"
 #include "MepDataSetInterface/TolmDataset_DesignData.h"
 #include "MepDataSetInterface/TolmProject.h"
-#include "Support/StoreFixture.h"
+#include "StoreSupport/StoreFixture.h"
 
 #include <vector>
 
