@@ -1,4 +1,4 @@
-#include "MepDatabase/CloudTestSupport.h"
+#include "Support/CloudTestSupport.h"
 
 #include "Host/Session.h"
 
