@@ -1,4 +1,4 @@
-#include "Support/CloudTestSupport.h"
+#include "StoreSupport/CloudTestSupport.h"
 
 using namespace tolmtest;
 

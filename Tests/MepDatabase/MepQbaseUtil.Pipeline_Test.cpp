@@ -1,6 +1,6 @@
 #include "Support/FileSizeLimit.h"
-#include "Support/LockTimeout.h"
-#include "Support/RefreshFixture.h"
+#include "StoreSupport/LockTimeout.h"
+#include "StoreSupport/RefreshFixture.h"
 
 #include "Host/Session.h"
 #include "Vorn/Clock.h"

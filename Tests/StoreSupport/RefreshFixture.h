@@ -1,8 +1,8 @@
 #pragma once
 
 #include "MepDatabase/StoreSchema.h"
+#include "StoreSupport/StoreFixture.h"
 #include "Support/ScriptedServer.h"
-#include "Support/StoreFixture.h"
 #include "Support/TestSession.h"
 #include "TolmDataSet/SmallRecords.h"
 #include "Vorn/Progress.h"

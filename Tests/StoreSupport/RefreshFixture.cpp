@@ -1,4 +1,4 @@
-#include "Support/RefreshFixture.h"
+#include "StoreSupport/RefreshFixture.h"
 
 #include "Host/Session.h"
 #include "Vorn/Text.h"
