@@ -63,9 +63,10 @@ const PipeGroupRow* FindPipeGroup(const wstring& groupName) {
     return found == std::end(PipeGroups) ? nullptr : &*found;
 }
 
+/// The table of this name; null when the increment has none.
 web::json::value* Find(web::json::object& tables, const wstring& name) {
-    const auto found = tables.find(ToWire(name));
-    return found == tables.end() ? nullptr : &found->second;
+    const std::string key = ToWire(name);
+    return std::as_const(tables).find(key) == tables.cend() ? nullptr : &tables.at(key);
 }
 
 struct LessWithoutCase {
@@ -82,8 +83,8 @@ WantedIds WantedIdsOf(const RecoverDataInfo& recoverInfo) {
 
 /// The wanted ones among the deleted rows, in order of id; of two with one id the later version, of two with one
 /// version the first.
-web::json::value WantedRows(const web::json::object& del, const std::string& table, const WantedIds& wanted) {
-    const web::json::value* const rows = jsonread::Find(del, table.c_str());
+web::json::value WantedRows(const web::json::object& del, const wstring& table, const WantedIds& wanted) {
+    const web::json::value* const rows = jsonread::Find(del, table);
     if (rows == nullptr)
         return web::json::value::array();
     std::map<wstring, const web::json::value*> kept;
@@ -107,10 +108,8 @@ web::json::value WantedRows(const web::json::object& del, const std::string& tab
 web::json::value RecoverableRows(const web::json::object& del, const RecoverDataInfo& recoverInfo) {
     const WantedIds wanted = WantedIdsOf(recoverInfo);
     auto result = web::json::value::object();
-    for (const CloudTableRow& table : SystemTypeTables) {
-        const std::string name = ToWire(table.name());
-        result[name] = WantedRows(del, name, wanted);
-    }
+    for (const CloudTableRow& table : SystemTypeTables)
+        result[ToWire(table.name())] = WantedRows(del, table.name(), wanted);
     return result;
 }
 
@@ -153,13 +152,6 @@ void CloudRefresh::Advance() {
     Report(m_percentage + PhasePercentage);
 }
 
-template <class Work> void CloudRefresh::Unit(const wchar_t* failure, Work work) {
-    if (DoUnit(work))
-        return;
-    m_site.Warn(failure);
-    WriteLogLine(failure);
-}
-
 void CloudRefresh::Delete(const web::json::object& del) {
     for (const CloudTableRow& table : SystemTypeTables)
         m_store.SyncDeletedSystemType(del, m_qb, table.name());
@@ -188,17 +180,16 @@ void CloudRefresh::Add(web::json::object& add) {
 }
 
 void CloudRefresh::AddConfigTree(web::json::object& add) {
-    web::json::value* const elements = Find(add, Http::ConfigTreeTable());
-    if (elements == nullptr)
-        return;
-    for (auto& element : elements->as_array())
-        AddConfigTreeItem(element);
+    if (web::json::value* const elements = Find(add, Http::ConfigTreeTable())) {
+        for (auto& element : elements->as_array())
+            AddConfigTreeItem(element);
+    }
 }
 
 void CloudRefresh::AddConfigTreeItem(web::json::value& element) {
     const wstring groupName = WideText(element.at("groupName"));
     if (const PipeGroupRow* const group = FindPipeGroup(groupName)) {
-        Unit(group->failure, [&] { m_store.SyncPipeSizeTableItem(m_qb, group->disciplineId, element); });
+        DoUnit(m_site, group->failure, [&] { m_store.SyncPipeSizeTableItem(m_qb, group->disciplineId, element); });
         return;
     }
     const wstring id = WideText(element.at("ID"));
@@ -206,12 +197,12 @@ void CloudRefresh::AddConfigTreeItem(web::json::value& element) {
 }
 
 void CloudRefresh::AddSystemTypes(web::json::object& add, const CloudTableRow& table) {
-    web::json::value* const elements = Find(add, table.name());
-    if (elements == nullptr)
-        return;
-    Unit(table.failure, [&] {
-        m_store.SyncSystemTypes(m_qb, table.mepType, table.disciplineId, jsonread::TakeElements(elements->as_array()));
-    });
+    if (web::json::value* const elements = Find(add, table.name())) {
+        DoUnit(m_site, table.failure, [&] {
+            m_store.SyncSystemTypes(m_qb, table.mepType, table.disciplineId,
+                                    jsonread::TakeElements(elements->as_array()));
+        });
+    }
 }
 
 void CloudRefresh::AddSeries(web::json::object& add, const CloudTableRow& table) {
@@ -219,8 +210,8 @@ void CloudRefresh::AddSeries(web::json::object& add, const CloudTableRow& table)
     if (elements == nullptr)
         return;
     for (auto& element : elements->as_array()) {
-        Unit(table.failure,
-             [&] { m_store.SyncMaterialSerie(std::move(element), m_qb, table.mepType, table.disciplineId); });
+        DoUnit(m_site, table.failure,
+               [&] { m_store.SyncMaterialSerie(std::move(element), m_qb, table.mepType, table.disciplineId); });
     }
 }
 

@@ -44,7 +44,6 @@ private:
     void AddSystemTypes(web::json::object& add, const CloudTableRow& table);
     void AddSeries(web::json::object& add, const CloudTableRow& table);
     void Advance();
-    template <class Work> void Unit(const wchar_t* failure, Work work);
 
     CallSite m_site;
     CQbase* m_qb;

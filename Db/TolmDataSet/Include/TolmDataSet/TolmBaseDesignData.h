@@ -19,7 +19,7 @@ public:
     /// Appends the materials of an object type and a discipline.
     bool ReadMaterialList(wstring datasetFilePath, TolmProjectSettingMEPObjectType mepType,
                           MEPDisciplineId disciplineId, std::vector<vorn::OwnerPtr<IProjectSettingMaterial>>& list);
-    /// Reads the material of this identifier; `material` is a fresh record when there is none.
+    /// Reads the material of this identifier; `material` stays empty when there is none, and the result is true.
     bool ReadSingleMaterial(wstring datasetFilePath, wstring id, vorn::OwnerPtr<IProjectSettingMaterial>& material);
     /// Appends the size modules of an object type and a discipline.
     bool ReadSizeModuleList(wstring datasetFilePath, TolmProjectSettingMEPObjectType mepType,
