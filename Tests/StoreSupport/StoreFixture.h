@@ -32,7 +32,7 @@ std::string FileBytes(const wstring& path);
 /// A fresh dataset path with its companions, nothing on disk yet.
 class StoreFixture : public testing::Test {
 protected:
-    bool Exists(const wstring& path) const { return vorn::FileInfo(path).Exists(); }
+    bool Exists(const wstring& at) const { return vorn::FileInfo(at).Exists(); }
     /// Makes an empty data store.
     void MakeStore() { MakeStoreAt(path); }
     void MakeStoreAt(const wstring& at) const;
