@@ -27,7 +27,10 @@ using Ids = std::vector<std::wstring>;
 /// A second user of the file.
 class Database {
 public:
-    explicit Database(const std::wstring& path) { sqlite3_open(vorn::StringUtil::ToString(path).c_str(), &m_handle); }
+    explicit Database(const std::wstring& path) {
+        sqlite3_open(vorn::StringUtil::ToString(path).c_str(), &m_handle);
+        sqlite3_busy_timeout(m_handle, 5000);
+    }
     ~Database() { sqlite3_close(m_handle); }
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;

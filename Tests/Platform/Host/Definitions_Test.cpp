@@ -6,8 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <set>
 
 namespace {
@@ -95,54 +96,57 @@ TEST(DefinitionFile, IsKnownBeforeMain) {
     EXPECT_EQ(g_definitionFileBeforeMain, DataSetFilePath::TOLMDDQFilePath);
 }
 
-/// A copy of the platform's library at `place` below the folder, with a definition file at `file` below it.
-class InstalledLibrary {
-public:
-    InstalledLibrary(const std::string& place, const std::string& file) {
-        const fs::path root = vorn::StringUtil::ToString(m_folder.Path());
-        m_definition = root / file;
-        fs::create_directories(root / place);
-        fs::create_directories(m_definition.parent_path());
-        fs::copy_file(LoadedLibrary(), root / place / "libInstalled.so");
-        EXPECT_TRUE(
-            vorn::FileUtility::SaveInBinaryMode(vorn::StringUtil::ToWString(m_definition.string()), "x", 1, false));
-        m_handle = dlopen((root / place / "libInstalled.so").c_str(), RTLD_NOW | RTLD_LOCAL);
-    }
-    ~InstalledLibrary() {
-        if (m_handle != nullptr)
-            dlclose(m_handle);
-    }
-    InstalledLibrary(const InstalledLibrary&) = delete;
-    InstalledLibrary& operator=(const InstalledLibrary&) = delete;
+constexpr const char* kAsked = "TOLMTEST_WRITE_DEFINITION_PATH";
 
-    fs::path Definition() const { return fs::canonical(m_definition); }
-    /// What the copy found for itself.
-    fs::path Found() const {
-        const void* const symbol =
-            m_handle != nullptr ? dlsym(m_handle, "_ZN4tolm15DataSetFilePath15TOLMDDQFilePathB5cxx11E") : nullptr;
-        return symbol != nullptr ? vorn::StringUtil::ToString(*static_cast<const std::wstring*>(symbol)) : "";
+// Where this program runs itself to ask which file it finds, it answers and ends before any test.
+[[maybe_unused]] const bool g_answered = [] {
+    const char* const answer = std::getenv(kAsked);
+    if (answer == nullptr)
+        return false;
+    std::ofstream(answer) << vorn::StringUtil::ToString(DataSetFilePath::TOLMDDQFilePath);
+    std::_Exit(0);
+}();
+
+/// A copy of the platform's library at `place`, with a definition file at `definition`, below a folder.
+class Installation {
+public:
+    Installation(const std::string& place, const std::string& definition)
+        : m_root(fs::canonical(vorn::StringUtil::ToString(m_folder.Path()))), m_library(m_root / place / "libCopy.so"),
+          m_definition(m_root / definition) {
+        fs::create_directories(m_library.parent_path());
+        fs::create_directories(m_definition.parent_path());
+        fs::copy_file(fs::canonical(TOLM_BINARY_DIR "/lib/libTolmPlatform.so"), m_library);
+        std::ofstream(m_definition) << "definition";
+    }
+
+    const std::string& Definition() const { return m_definition.native(); }
+
+    /// What a program finds that runs with the copy: loaded first, it stands in for the library of the same name.
+    std::string Found() const {
+        const fs::path answer = m_root / "answer";
+        const std::string command = "ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD='" + m_library.native() + "' " +
+                                    kAsked + "='" + answer.native() + "' '" +
+                                    fs::read_symlink("/proc/self/exe").native() + "'";
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        std::ifstream in(answer);
+        return {std::istreambuf_iterator<char>(in), {}};
     }
 
 private:
-    static fs::path LoadedLibrary() {
-        Dl_info info{};
-        dladdr(reinterpret_cast<const void*>(&vorn::StrICmp), &info);
-        return fs::canonical(info.dli_fname);
-    }
-
     tolmtest::TempFolder m_folder;
+    fs::path m_root;
+    fs::path m_library;
     fs::path m_definition;
-    void* m_handle = nullptr;
 };
 
 TEST(DefinitionFile, IsFoundBesideTheInstalledLibrary) {
-    const InstalledLibrary library("lib", "share/TolmDataSet/ProjectSettings.ddq");
-    EXPECT_EQ(library.Found(), library.Definition());
+    const Installation installation("lib", "share/TolmDataSet/ProjectSettings.ddq");
+    EXPECT_EQ(installation.Found(), installation.Definition());
 }
 
 TEST(DefinitionFile, IsFoundWhereTheLibraryLiesUnderTheNameOfAnArchitecture) {
-    const InstalledLibrary library("lib/x86_64-linux-gnu", "share/TolmDataSet/ProjectSettings.ddq");
-    EXPECT_EQ(library.Found(), library.Definition());
+    const Installation installation("lib/x86_64-linux-gnu", "share/TolmDataSet/ProjectSettings.ddq");
+    EXPECT_EQ(installation.Found(), installation.Definition());
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "Host/Components.h"
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
