@@ -19,23 +19,23 @@ using ingest::FieldKind;
 using web::json::object;
 
 constexpr Field kCircuitTemplateFields[] = {
-    {"SystemClassification", schema::SystemClassification, FieldKind::Short},
-    {"SystemTypeId", schema::SystemTypeId, FieldKind::Text},
-    {"SwitchComponentId1", schema::SwitchComponentId1, FieldKind::Text},
-    {"SwitchComponentId2", schema::SwitchComponentId2, FieldKind::Text},
-    {"SwitchComponentId3", schema::SwitchComponentId3, FieldKind::Text},
-    {"SwitchComponentType1", schema::SwitchComponentType1, FieldKind::Text},
-    {"SwitchComponentType2", schema::SwitchComponentType2, FieldKind::Text},
-    {"SwitchComponentType3", schema::SwitchComponentType3, FieldKind::Text},
-    {"Phase", schema::Phase, FieldKind::Short},
-    {"ProtectionMaterial", schema::ProtectionMaterial, FieldKind::Text},
-    {"WireType", schema::WireTypeId, FieldKind::Text},
-    {"WireSpec", schema::WireSpec, FieldKind::Text},
-    {"WireCountStr", schema::WireCountStr, FieldKind::Text},
-    {"ConduitType", schema::ConduitTypeId, FieldKind::Text},
-    {"ConduitSizeDN", schema::ConduitSizeDN, FieldKind::Short},
-    {"IsApply", schema::IsApply, FieldKind::Short},
-    {"LayingMode", schema::LayingMode, FieldKind::Text},
+    {"SystemClassification", schema::kSystemClassification, FieldKind::Short},
+    {"SystemTypeId", schema::kSystemTypeId, FieldKind::Text},
+    {"SwitchComponentId1", schema::kSwitchComponentId1, FieldKind::Text},
+    {"SwitchComponentId2", schema::kSwitchComponentId2, FieldKind::Text},
+    {"SwitchComponentId3", schema::kSwitchComponentId3, FieldKind::Text},
+    {"SwitchComponentType1", schema::kSwitchComponentType1, FieldKind::Text},
+    {"SwitchComponentType2", schema::kSwitchComponentType2, FieldKind::Text},
+    {"SwitchComponentType3", schema::kSwitchComponentType3, FieldKind::Text},
+    {"Phase", schema::kPhase, FieldKind::Short},
+    {"ProtectionMaterial", schema::kProtectionMaterial, FieldKind::Text},
+    {"WireType", schema::kWireTypeId, FieldKind::Text},
+    {"WireSpec", schema::kWireSpec, FieldKind::Text},
+    {"WireCountStr", schema::kWireCountStr, FieldKind::Text},
+    {"ConduitType", schema::kConduitTypeId, FieldKind::Text},
+    {"ConduitSizeDN", schema::kConduitSizeDN, FieldKind::Short},
+    {"IsApply", schema::kIsApply, FieldKind::Short},
+    {"LayingMode", schema::kLayingMode, FieldKind::Text},
 };
 
 struct CombinationTable {
@@ -67,7 +67,7 @@ void ForEachElement(const object& tables, const char* key, const CallSite& site,
 }
 
 void WriteCircuitTemplate(CQbase& qb, const object& element) {
-    ingest::FetchOrCreate(qb, schema::CRT, jsonread::Text(element, "ID"));
+    ingest::FetchOrCreate(qb, schema::kCircuitTemplate, jsonread::Text(element, "ID"));
     ingest::WriteFields(qb, kCircuitTemplateFields, element);
     ingest::Save(qb);
 }
@@ -181,8 +181,9 @@ bool MepQbaseUtil::DeleteOtherContent(const web::json::object& del, CQbase* qb, 
         VORN_DEBUG_WARN(L"qb is null");
         return false;
     }
-    ForEachElement(del, "CircuitTemplate", TOLM_CALL_SITE, L"删除回路模板失败",
-                   [&](const object& element) { qb->deleteRec(schema::CRT, jsonread::Text(element, "ID")); });
+    ForEachElement(del, "CircuitTemplate", TOLM_CALL_SITE, L"删除回路模板失败", [&](const object& element) {
+        qb->deleteRec(schema::kCircuitTemplate, jsonread::Text(element, "ID"));
+    });
     const CallSite site = TOLM_CALL_SITE;
     DoUnit(site, L"删除组合设备失败", [&] {
         const auto idsByCode = CombinedProductIds(del);

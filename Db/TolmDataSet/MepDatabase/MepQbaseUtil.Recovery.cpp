@@ -72,7 +72,7 @@ void MepQbaseUtil::RecoverInstantiatedSystemTypes(web::json::value recoverData, 
         std::map<wstring, bool> createdIds;
         SyncRecoveredSystemTypes(qb, table.mepType, table.disciplineId, jsonread::TakeElements(*rows), createdIds);
         for (const auto& [id, created] : createdIds) {
-            RecordLocalChange(datasetPath, templateFilePath, schema::SYS, id, kCreated, table.mepType,
+            RecordLocalChange(datasetPath, templateFilePath, schema::kSystemType, id, kCreated, table.mepType,
                               table.disciplineId);
             m_recoveredSystemTypeIds.push_back(id);
             if (recoverInfo != nullptr)
