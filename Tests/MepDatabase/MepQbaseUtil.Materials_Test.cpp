@@ -1,7 +1,7 @@
 #include "MepDatabase/MepQbaseUtil.h"
-#include "StoreSupport/MepQbaseUtilTestAccess.h"
-#include "StoreSupport/Records.h"
-#include "StoreSupport/StoreFixture.h"
+#include "Support/MepQbaseUtilTestAccess.h"
+#include "Support/Records.h"
+#include "Support/StoreFixture.h"
 #include "Vorn/Guid.h"
 
 #include <limits>
@@ -22,7 +22,8 @@ protected:
     }
     Names NamesOf(Type type, Discipline discipline) {
         std::vector<MaterialPtr> list;
-        EXPECT_EQ(util.ReadMaterialList(path, ddq, type, discipline, list), !list.empty());
+        const bool found = util.ReadMaterialList(path, ddq, type, discipline, list);
+        EXPECT_EQ(found, !list.empty());
         Names names;
         for (const auto& material : list)
             names.push_back(material->GetName());

@@ -1,4 +1,4 @@
-#include "StoreSupport/IngestFixture.h"
+#include "Support/IngestFixture.h"
 
 #include "Host/Components.h"
 #include "Host/Definitions.h"

@@ -1,4 +1,4 @@
-#include "StoreSupport/StoreFixture.h"
+#include "Support/StoreFixture.h"
 
 #include "MepDatabase/StoreFrame.h"
 #include "Vorn/Text.h"
