@@ -30,6 +30,8 @@ HistoryStep HistoryMaker::First() {
     m_used.clear();
     for (unsigned type = 0; type < kTrays; ++type)
         Put(step, "config", "ConfigTree", TrayRow(type));
+    for (const auto& table : kOtherTables)
+        PutOther(step, table, table + " 1");
     for (int i = 0; i < 14; ++i)
         Touch(step, false);
     return step;
@@ -39,7 +41,7 @@ HistoryStep HistoryMaker::Next() {
     HistoryStep step{{"put", json::object()}, {"remove", json::object()}};
     m_used.clear();
     const bool otherContentOnly = Chance(20);
-    const auto touches = 1 + Below(6);
+    const auto touches = 1 + Below(8);
     while (m_used.size() < touches)
         Touch(step, otherContentOnly);
     return step;
@@ -195,7 +197,7 @@ nlohmann::json HistoryMaker::SystemTypeRow(const std::string& id, const std::str
     if (table == "ElectricalSystemType" && Chance(80))
         row["bindIDs"] = Ids("c", 10);
     if (table != "ElectricalSystemType" && Chance(80))
-        row["fittingIds"] = Ids("s", 6);
+        row["fittingIds"] = Ids("s", 8);
     return row;
 }
 
@@ -214,7 +216,7 @@ nlohmann::json HistoryMaker::CircuitRow(const std::string& id) {
             {"WireType", Id("c", 10)},
             {"WireSpec", "2.5"},
             {"WireCountStr", "3"},
-            {"ConduitType", Id("s", 6)},
+            {"ConduitType", Id("s", 8)},
             {"ConduitSizeDN", Below(100)},
             {"IsApply", Below(2)},
             {"LayingMode", "CC"}};
@@ -246,10 +248,10 @@ nlohmann::json HistoryMaker::EquipmentRow(const std::string& id) {
             {"SupplyAirTerminalDist1", 1200.5},
             {"SupplyAirTerminalDist2", Below(1000)},
             {"SupplyAirTerminalNumber", Below(5)},
-            {"SupplyDuctTypeId", Id("s", 6)},
+            {"SupplyDuctTypeId", Id("s", 8)},
             {"SupplyHoseLength", 800.25},
             {"ReturnSystemTypeId", Id("y", 6)},
-            {"ReturnDuctTypeId", Id("s", 6)},
+            {"ReturnDuctTypeId", Id("s", 8)},
             {"ReturnHoseLength", Below(900)}};
 }
 
@@ -268,12 +270,19 @@ bool HistoryMaker::IsUsed(const std::string& space, const std::string& id) const
 
 bool HistoryMaker::Remove(HistoryStep& step, const std::string& space, const std::string& id) {
     const auto standing = m_standing.find(space + "/" + id);
-    if (standing == m_standing.end() || !Chance(35))
+    if (standing == m_standing.end() || !Chance(45))
         return false;
     step["remove"][standing->second].push_back(id);
     m_used.insert(standing->first);
     m_standing.erase(standing);
     return true;
+}
+
+std::string HistoryMaker::Place(const std::string& space, const std::string& id, const std::vector<std::string>& all) {
+    auto& place = m_places[space + "/" + id];
+    if (place.empty())
+        place = OneOf(all);
+    return place;
 }
 
 void HistoryMaker::Put(HistoryStep& step, const std::string& space, const std::string& table, json row) {
@@ -293,18 +302,14 @@ void HistoryMaker::ChangeConfig(HistoryStep& step) {
     const auto id = Id("c", 10);
     if (IsUsed("config", id) || Remove(step, "config", id))
         return;
-    auto& group = m_groups[id];
-    if (group.empty() || Chance(20))
-        group = OneOf(kGroups);
-    Put(step, "config", "ConfigTree", ConfigRow(id, group));
+    Put(step, "config", "ConfigTree", ConfigRow(id, Place("config", id, kGroups)));
 }
 
 void HistoryMaker::ChangeSerie(HistoryStep& step) {
-    const auto id = Id("s", 6);
+    const auto id = Id("s", 8);
     if (IsUsed("serie", id) || Remove(step, "serie", id))
         return;
-    const auto standing = m_standing.find("serie/" + id);
-    const auto table = standing != m_standing.end() && Chance(80) ? standing->second : OneOf(kSerieTables);
+    const auto table = Place("serie", id, kSerieTables);
     Put(step, "serie", table, SerieRow(id, table));
 }
 
@@ -312,16 +317,18 @@ void HistoryMaker::ChangeSystemType(HistoryStep& step) {
     const auto id = Id("y", 6);
     if (IsUsed("system", id) || Remove(step, "system", id))
         return;
-    const auto standing = m_standing.find("system/" + id);
-    const auto table = standing != m_standing.end() && Chance(80) ? standing->second : OneOf(kSystemTables);
+    const auto table = Place("system", id, kSystemTables);
     Put(step, "system", table, SystemTypeRow(id, table));
 }
 
 void HistoryMaker::ChangeOther(HistoryStep& step) {
     const auto table = OneOf(kOtherTables);
     const auto id = table + Id(" ", 2);
-    if (IsUsed(table, id) || Remove(step, table, id))
-        return;
+    if (!IsUsed(table, id) && !Remove(step, table, id))
+        PutOther(step, table, id);
+}
+
+void HistoryMaker::PutOther(HistoryStep& step, const std::string& table, const std::string& id) {
     if (table == "CircuitTemplate")
         Put(step, table, table, CircuitRow(id));
     else if (table == "BinaryTable")

@@ -16,8 +16,9 @@ namespace tolmtest {
 using HistoryStep = nlohmann::json;
 
 /// Makes random histories of a small project over all tables. Ids come from small pools, so that the same id is
-/// changed, removed, added again, and moved to another table or kind time and again. A seed always gives the same
-/// history. Tray tables all come with the first version, keep their type and their time of creation, and never go.
+/// changed, removed and added again time and again; it keeps its table and its group, as a service demands. A seed
+/// always gives the same history. Tray tables all come with the first version, keep their type and have a time of
+/// creation, and never go: there a refresh and a full load differ.
 class HistoryMaker {
 public:
     explicit HistoryMaker(std::uint64_t seed) : m_engine(seed) {}
@@ -58,15 +59,18 @@ private:
     void ChangeSerie(HistoryStep& step);
     void ChangeSystemType(HistoryStep& step);
     void ChangeOther(HistoryStep& step);
+    void PutOther(HistoryStep& step, const std::string& table, const std::string& id);
     /// Removes a row that stands, in some of the cases; true when it did.
     bool Remove(HistoryStep& step, const std::string& space, const std::string& id);
     void Put(HistoryStep& step, const std::string& space, const std::string& table, json row);
+    /// The table or group that an id belongs to, once and for all.
+    std::string Place(const std::string& space, const std::string& id, const std::vector<std::string>& all);
     bool IsUsed(const std::string& space, const std::string& id) const;
 
     std::mt19937_64 m_engine;
     int m_counter = 0;
     std::map<std::string, std::string> m_standing; ///< id space and id to the table that has it
-    std::map<std::string, std::string> m_groups;   ///< id to its group in "ConfigTree"
+    std::map<std::string, std::string> m_places;   ///< id space and id to its table, or its group in "ConfigTree"
     std::set<std::string> m_used;                  ///< ids of the step that is being made
 };
 

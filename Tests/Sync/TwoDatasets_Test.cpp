@@ -61,7 +61,7 @@ TEST_F(TwoDatasets, OfOneProjectComeToTheSameByDifferentWays) {
     EXPECT_TRUE(often.Pull());
     EXPECT_TRUE(seldom.Pull());
     for (const char* name : {"copper", "brass"}) {
-        Apply({{"ConfigTree", {Material("m", name), Material(name, name)}}}, json::object());
+        Apply({{"ConfigTree", {Material("m", name), Material(name, "also " + std::string(name))}}}, json::object());
         EXPECT_TRUE(often.Pull());
     }
     EXPECT_TRUE(seldom.Pull());
