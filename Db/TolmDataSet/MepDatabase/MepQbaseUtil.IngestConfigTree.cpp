@@ -60,9 +60,10 @@ void OpenRecord(CQbase& qb, const Slot& slot, const std::wstring& id, std::span<
 
 // --- pipes: materials and their size tables ------------------------------------------------------------------------
 
+/// A whole number is passed over: the service writes each value with a fraction.
 void WriteRoughness(CQbase& qb, const web::json::value& content) {
     const web::json::value* roughness = content.is_null() ? nullptr : jsonread::Find(content.as_object(), "roughness");
-    if (roughness != nullptr && !roughness->is_null() && roughness->is_double())
+    if (roughness != nullptr && roughness->is_double())
         qb.setDouble(schema::kRoughness, FiniteNumber(*roughness));
 }
 
