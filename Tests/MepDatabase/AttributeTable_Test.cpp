@@ -1,8 +1,8 @@
 #include "MepDatabase/AttributeTable.h"
 
 #include "MepDatabase/RecordAttributes.h"
-#include "Support/Records.h"
-#include "Support/StoreFixture.h"
+#include "StoreSupport/Records.h"
+#include "StoreSupport/StoreFixture.h"
 
 #include <cmath>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "MepDatabase/ConfigTreeIngest.h"
 #include "MepDatabase/StoreSchema.h"
-#include "Support/IngestFixture.h"
+#include "StoreSupport/IngestFixture.h"
 
 namespace tolmtest {
 namespace {

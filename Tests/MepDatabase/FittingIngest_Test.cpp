@@ -1,5 +1,5 @@
 #include "MepDatabase/FittingIngest.h"
-#include "Support/IngestFixture.h"
+#include "StoreSupport/IngestFixture.h"
 
 #include <array>
 #include <limits>

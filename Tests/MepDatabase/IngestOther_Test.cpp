@@ -1,7 +1,7 @@
 #include "Host/Components.h"
 #include "Host/Session.h"
 #include "MepDatabase/StoreSchema.h"
-#include "Support/IngestFixture.h"
+#include "StoreSupport/IngestFixture.h"
 #include "Vorn/Files.h"
 
 #include <fstream>

@@ -1,5 +1,5 @@
 #include "MepDatabase/StoreSchema.h"
-#include "Support/IngestFixture.h"
+#include "StoreSupport/IngestFixture.h"
 
 #include <map>
 

@@ -2,9 +2,9 @@
 #include "MepDatabase/FileHeader.h"
 #include "MepDatabase/StoreFrame.h"
 #include "Support/FileSizeLimit.h"
-#include "Support/LockTimeout.h"
-#include "Support/Records.h"
-#include "Support/StoreFixture.h"
+#include "StoreSupport/LockTimeout.h"
+#include "StoreSupport/Records.h"
+#include "StoreSupport/StoreFixture.h"
 #include "Vorn/Clock.h"
 
 #include <ctime>

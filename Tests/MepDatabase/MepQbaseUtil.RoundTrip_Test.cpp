@@ -1,6 +1,6 @@
 #include "MepDatabase/MepQbaseUtil.h"
-#include "Support/Records.h"
-#include "Support/StoreFixture.h"
+#include "StoreSupport/Records.h"
+#include "StoreSupport/StoreFixture.h"
 #include "Vorn/Text.h"
 
 #include <rapidcheck.h>

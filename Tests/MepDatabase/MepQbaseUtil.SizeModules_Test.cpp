@@ -1,7 +1,7 @@
 #include "MepDatabase/MepQbaseUtil.h"
-#include "Support/MepQbaseUtilTestAccess.h"
-#include "Support/Records.h"
-#include "Support/StoreFixture.h"
+#include "StoreSupport/MepQbaseUtilTestAccess.h"
+#include "StoreSupport/Records.h"
+#include "StoreSupport/StoreFixture.h"
 
 #include <utility>
 

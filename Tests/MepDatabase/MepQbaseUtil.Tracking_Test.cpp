@@ -1,10 +1,10 @@
 #include "MepDatabase/MepQbaseUtil.h"
 #include "MepDatabase/ChangeTracking.h"
 #include "Support/FileSizeLimit.h"
-#include "Support/LockTimeout.h"
-#include "Support/MepQbaseUtilTestAccess.h"
-#include "Support/Records.h"
-#include "Support/StoreFixture.h"
+#include "StoreSupport/LockTimeout.h"
+#include "StoreSupport/MepQbaseUtilTestAccess.h"
+#include "StoreSupport/Records.h"
+#include "StoreSupport/StoreFixture.h"
 
 #include <filesystem>
 

@@ -3,7 +3,7 @@
 #include "MepDatabase/DatasetPaths.h"
 #include "MepDatabase/StoreSchema.h"
 #include "MepDatabase/SystemRecovery.h"
-#include "Support/IngestFixture.h"
+#include "StoreSupport/IngestFixture.h"
 #include "Vorn/Files.h"
 
 namespace tolmtest {

@@ -1,4 +1,4 @@
-#include "Support/IngestFixture.h"
+#include "StoreSupport/IngestFixture.h"
 
 #include "Host/Components.h"
 #include "Host/Definitions.h"

@@ -1,4 +1,4 @@
-#include "Support/StoreFixture.h"
+#include "StoreSupport/StoreFixture.h"
 
 #include "MepDatabase/StoreFrame.h"
 #include "Vorn/Text.h"
