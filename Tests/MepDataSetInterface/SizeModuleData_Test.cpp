@@ -95,11 +95,11 @@ TEST_F(SizeModuleTable, AModuleThatASerieUsesIsReferredByTheSeriesName) {
     CQbase qb;
     ASSERT_TRUE(qb.openDatabase(ddq, path, false));
     ASSERT_TRUE(qb.lockForUpdate());
-    ASSERT_TRUE(qb.createRec(schema::SMS, L"p-1"));
-    ASSERT_TRUE(qb.setWsz(schema::Name, L"cold water pipes", -1));
-    ASSERT_TRUE(qb.setShort(schema::MEPType, 1));
-    ASSERT_TRUE(qb.setShort(schema::DisciplineId, 2));
-    ASSERT_TRUE(qb.setWsz(schema::SizeModuleId, L"a", -1));
+    ASSERT_TRUE(qb.createRec(schema::kMaterialSerie, L"p-1"));
+    ASSERT_TRUE(qb.setWsz(schema::kName, L"cold water pipes", -1));
+    ASSERT_TRUE(qb.setShort(schema::kMEPType, 1));
+    ASSERT_TRUE(qb.setShort(schema::kDisciplineId, 2));
+    ASSERT_TRUE(qb.setWsz(schema::kSizeModuleId, L"a", -1));
     ASSERT_TRUE(qb.saveRec());
     ASSERT_TRUE(qb.closeDatabase());
     wstring name;

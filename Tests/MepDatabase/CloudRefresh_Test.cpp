@@ -50,7 +50,7 @@ TEST_F(CloudAdditions, OfSystemTypesGoByTheirTable) {
                     Table("HVACPipeSystemType", SystemType("S2", "b")) + "," +
                     Table("DuctSystemType", SystemType("S3", "c")) + "," +
                     Table("ElectricalSystemType", SystemType("S4", "d"))));
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S1 a 1 2", "S2 b 1 1", "S3 c 2 1", "S4 d 6 3"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S1 a 1 2", "S2 b 1 1", "S3 c 2 1", "S4 d 6 3"}));
     EXPECT_EQ(TakeNotifications(), Loaded);
 }
 
@@ -59,7 +59,8 @@ TEST_F(CloudAdditions, OfSeriesGoByTheirTable) {
         Table("PipeType", Serie("T1", "a")) + "," + Table("HVACPipeType", Serie("T2", "b")) + "," +
         Table("DuctType", Serie("T3", "c")) + "," + Table("ConduitFittingsType", Serie("T4", "d")) + "," +
         Table("CableTrayFittingsType", R"({"ID":"T5","name":"e","minSize":1,"maxSize":2,"connective":21,"type":2})")));
-    EXPECT_EQ(Records(schema::SMS), (RecordLines{"T1 a 1 2", "T2 b 1 1", "T3 c 2 1", "T4 d 4 3", "T5 e 3 3"}));
+    EXPECT_EQ(Records(schema::kMaterialSerie),
+              (RecordLines{"T1 a 1 2", "T2 b 1 1", "T3 c 2 1", "T4 d 4 3", "T5 e 3 3"}));
     EXPECT_EQ(TakeNotifications(), Loaded);
 }
 
@@ -70,25 +71,26 @@ TEST_F(CloudAdditions, OfConfigTreeGoByTheirGroup) {
                                             Node("electricLinePipe", "Z4") + "," + Node("cableTray", "Z5") + "," +
                                             Node("pipeFittingGroup", "G1") + "," + Node("havcFittingGroup", "G2") +
                                             "," + Node("ductFittingGroup", "G3") + "," + Node("unheardOf", "U1"))));
-    EXPECT_EQ(Records(schema::MTS), (RecordLines{"M1 name-M1 1 2", "M2 name-M2 1 1"}));
-    EXPECT_EQ(Records(schema::PSI),
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M1 name-M1 1 2", "M2 name-M2 1 1"}));
+    EXPECT_EQ(Records(schema::kSizeModule),
               (RecordLines{"Z1 name-Z1 1 2", "Z2 name-Z2 1 1", "Z3 name-Z3 5 3", "Z4 name-Z4 4 3", "Z5 name-Z5 3 3"}));
-    EXPECT_EQ(Records(schema::MSG), (RecordLines{"G1 name-G1 1 2", "G2 name-G2 1 1", "G3 name-G3 2 1"}));
+    EXPECT_EQ(Records(schema::kMaterialSerieGroup),
+              (RecordLines{"G1 name-G1 1 2", "G2 name-G2 1 1", "G3 name-G3 2 1"}));
     EXPECT_EQ(TakeNotifications(), Loaded);
 }
 
 TEST_F(CloudAdditions, OfDuctSizesBringTheirMaterial) {
     EXPECT_TRUE(Add(Table("ConfigTree", Node("ductSeriesType", "Z1"))));
-    EXPECT_EQ(Records(schema::PSI), (RecordLines{"Z1 name-Z1 2 1"}));
-    ASSERT_EQ(Records(schema::MTS).size(), 1U);
-    EXPECT_NE(Records(schema::MTS)[0].find(" steel 2 1"), std::string::npos);
+    EXPECT_EQ(Records(schema::kSizeModule), (RecordLines{"Z1 name-Z1 2 1"}));
+    ASSERT_EQ(Records(schema::kMaterial).size(), 1U);
+    EXPECT_NE(Records(schema::kMaterial)[0].find(" steel 2 1"), std::string::npos);
 }
 
 TEST_F(CloudAdditions, OfSeriesComeAfterTheirSizeTables) {
     EXPECT_TRUE(Add(Table("CableTrayFittingsType",
                           R"({"ID":"T1","name":"tray","minSize":1,"maxSize":2,"connective":21,"type":2})") +
                     "," + Table("ConfigTree", Node("cableTray", "Z1"))));
-    EXPECT_EQ(RecordText(schema::SMS, L"T1", schema::SizeModuleId), L"Z1");
+    EXPECT_EQ(RecordText(schema::kMaterialSerie, L"T1", schema::kSizeModuleId), L"Z1");
 }
 
 TEST_F(CloudAdditions, OfFilesGoToTheBinaryFolder) {
@@ -100,7 +102,7 @@ TEST_F(CloudAdditions, IgnoreTheDeletionsOfAFullLoad) {
     CloudHas(5, "{" + Table("PipeSystemType", SystemType("S1", "a")) + "}",
              "{" + Table("PipeSystemType", R"({"ID":"S1"})") + "}");
     EXPECT_TRUE(Refresh());
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S1 a 1 2"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S1 a 1 2"}));
 }
 
 TEST_F(CloudAdditions, PassOverAnElementThatIsBroken) {
@@ -108,9 +110,9 @@ TEST_F(CloudAdditions, PassOverAnElementThatIsBroken) {
         Add(Table("PipeType", R"({"name":"no id"})") + "," + Table("HVACPipeType", Serie("T2", "b")) + "," +
             Table("PipeSystemType", R"({"systemType":"no id"},)" + SystemType("S1", "a")) + "," +
             Table("ConfigTree", R"({"groupName":"MaterialSeries","text":"no id"},)" + Node("MaterialSeries", "M1"))));
-    EXPECT_EQ(Records(schema::SMS), (RecordLines{"T2 b 1 1"}));
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S1 a 1 2"}));
-    EXPECT_EQ(Records(schema::MTS), (RecordLines{"M1 name-M1 1 2"}));
+    EXPECT_EQ(Records(schema::kMaterialSerie), (RecordLines{"T2 b 1 1"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S1 a 1 2"}));
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M1 name-M1 1 2"}));
     EXPECT_EQ(TakeNotifications(), Loaded);
     EXPECT_EQ(TakeLogLines(), (LogLines{L"Key not found", L"Key not found", L"Key not found"}));
     EXPECT_EQ(LocalVersion(), 5);
@@ -132,7 +134,7 @@ TEST_F(CloudAdditions, LoseASystemTypeTableThatIsNoArray) {
         ASSERT_EQ(lines.size(), 2U);
         EXPECT_EQ(lines[1], failure);
         EXPECT_EQ(TakeNotifications(), Loaded);
-        EXPECT_EQ(Records(schema::SMS), (RecordLines{"T1 a 1 2"}));
+        EXPECT_EQ(Records(schema::kMaterialSerie), (RecordLines{"T1 a 1 2"}));
     }
 }
 
@@ -163,74 +165,74 @@ const char* const SeriesTables[] = {"PipeType", "HVACPipeType", "DuctType", "Con
                                     "CableTrayFittingsType"};
 
 TEST_F(CloudDeletions, TakeSystemTypesOfEachTable) {
-    Put(schema::SYS, L"S0", L"stays");
+    Put(schema::kSystemType, L"S0", L"stays");
     std::string tables = Table("ConfigTree", "");
     for (const std::string table : SystemTypeTables) {
-        Put(schema::SYS, std::wstring(table.begin(), table.end()), L"goes");
+        Put(schema::kSystemType, std::wstring(table.begin(), table.end()), L"goes");
         tables += "," + Table(table, R"({"ID":")" + table + "\"}");
     }
     EXPECT_TRUE(Delete(tables));
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S0 stays - -"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S0 stays - -"}));
     EXPECT_EQ(TakeNotifications(), Loaded);
     EXPECT_EQ(LocalVersion(), 5);
 }
 
 TEST_F(CloudDeletions, TakeSeriesOfEachTable) {
-    Put(schema::SMS, L"T0", L"stays");
+    Put(schema::kMaterialSerie, L"T0", L"stays");
     std::string tables = Table("ConfigTree", "");
     for (const std::string table : SeriesTables) {
-        Put(schema::SMS, std::wstring(table.begin(), table.end()), L"goes");
+        Put(schema::kMaterialSerie, std::wstring(table.begin(), table.end()), L"goes");
         tables += "," + Table(table, R"({"ID":")" + table + "\"}");
     }
     EXPECT_TRUE(Delete(tables));
-    EXPECT_EQ(Records(schema::SMS), (RecordLines{"T0 stays - -"}));
+    EXPECT_EQ(Records(schema::kMaterialSerie), (RecordLines{"T0 stays - -"}));
 }
 
 TEST_F(CloudDeletions, TakeConfigTreeByGroupAndLeaveCableTrays) {
-    Put(schema::MTS, L"M1", L"goes");
-    Put(schema::PSI, L"Z1", L"goes");
-    Put(schema::PSI, L"Z2", L"tray");
-    Put(schema::MSG, L"G1", L"goes");
+    Put(schema::kMaterial, L"M1", L"goes");
+    Put(schema::kSizeModule, L"Z1", L"goes");
+    Put(schema::kSizeModule, L"Z2", L"tray");
+    Put(schema::kMaterialSerieGroup, L"G1", L"goes");
     EXPECT_TRUE(Delete(Table("ConfigTree", Node("MaterialSeries", "M1") + "," + Node("electricLinePipe", "Z1") + "," +
                                                Node("cableTray", "Z2") + "," + Node("pipeFittingGroup", "G1"))));
-    EXPECT_EQ(Records(schema::MTS), RecordLines{});
-    EXPECT_EQ(Records(schema::PSI), (RecordLines{"Z2 tray - -"}));
-    EXPECT_EQ(Records(schema::MSG), RecordLines{});
+    EXPECT_EQ(Records(schema::kMaterial), RecordLines{});
+    EXPECT_EQ(Records(schema::kSizeModule), (RecordLines{"Z2 tray - -"}));
+    EXPECT_EQ(Records(schema::kMaterialSerieGroup), RecordLines{});
 }
 
 TEST_F(CloudDeletions, TakeCircuitTemplatesAndFiles) {
-    Put(schema::CRT, L"C1", L"goes");
+    Put(schema::kCircuitTemplate, L"C1", L"goes");
     ASSERT_TRUE(vorn::FileUtility::SaveInBinaryMode(folder.File(L"a.bin"), "abc", 3, false));
     EXPECT_TRUE(Delete(Table("ConfigTree", "") + "," + Table("CircuitTemplate", R"({"ID":"C1"})") + "," +
                        Table("BinaryTable", R"({"fileName":"a.bin"})")));
-    EXPECT_EQ(Records(schema::CRT), RecordLines{});
+    EXPECT_EQ(Records(schema::kCircuitTemplate), RecordLines{});
     EXPECT_FALSE(Exists(folder.File(L"a.bin")));
 }
 
 TEST_F(CloudDeletions, ComeBeforeTheAdditions) {
-    Put(schema::SYS, L"S1", L"old");
+    Put(schema::kSystemType, L"S1", L"old");
     CloudHas(5, "{" + Table("PipeSystemType", SystemType("S1", "new")) + "}",
              "{" + Table("ConfigTree", "") + "," + Table("PipeSystemType", SystemType("S1", "old")) + "}");
     EXPECT_TRUE(Refresh());
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S1 new 1 2"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S1 new 1 2"}));
 }
 
 TEST_F(CloudDeletions, OfABrokenSystemTypeRowLoseTheRestOfItsTable) {
-    Put(schema::SYS, L"S1", L"goes");
-    Put(schema::SYS, L"S2", L"stays");
-    Put(schema::SYS, L"S3", L"goes");
+    Put(schema::kSystemType, L"S1", L"goes");
+    Put(schema::kSystemType, L"S2", L"stays");
+    Put(schema::kSystemType, L"S3", L"goes");
     EXPECT_TRUE(Delete(Table("PipeSystemType", R"({"ID":"S1"},{},{"ID":"S2"})") + "," +
                        Table("DuctSystemType", R"({"ID":"S3"})") + "," + Table("ConfigTree", "")));
     EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"删除系统类型失败"}));
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S2 stays - -"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S2 stays - -"}));
     EXPECT_EQ(TakeNotifications(), Loaded);
 }
 
 TEST_F(CloudDeletions, OfABrokenSerieLoseThatOneAlone) {
-    Put(schema::SMS, L"T1", L"goes");
+    Put(schema::kMaterialSerie, L"T1", L"goes");
     EXPECT_TRUE(Delete(Table("PipeType", R"({},{"ID":"T1"})") + "," + Table("ConfigTree", "")));
     EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"删除管配件组合失败"}));
-    EXPECT_EQ(Records(schema::SMS), RecordLines{});
+    EXPECT_EQ(Records(schema::kMaterialSerie), RecordLines{});
     EXPECT_EQ(TakeNotifications(), Loaded);
 }
 
@@ -254,18 +256,18 @@ protected:
 
 TEST_F(CloudRecovery, TakesDeletedSystemTypesBackThatAreWanted) {
     LocalHas(3);
-    Put(schema::SYS, L"S1", L"old");
-    Put(schema::SYS, L"S2", L"old");
+    Put(schema::kSystemType, L"S1", L"old");
+    Put(schema::kSystemType, L"S2", L"old");
     EXPECT_TRUE(Recover(Deleted("S1", "a", "4") + "," + Deleted("S2", "b", "4"), {L"S1"}));
     EXPECT_TRUE(wanted.recovered);
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S1 a 1 2"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S1 a 1 2"}));
     EXPECT_EQ(util.RecoveredSystemTypeIds(), (std::vector<std::wstring>{L"S1"}));
 }
 
 TEST_F(CloudRecovery, WorksOnAFullLoadToo) {
     EXPECT_TRUE(Recover(Deleted("S1", "a", "4"), {L"S1"}));
     EXPECT_TRUE(wanted.recovered);
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S1 a 1 2"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S1 a 1 2"}));
 }
 
 TEST_F(CloudRecovery, ComparesIdsWithoutRegardToCase) {
@@ -276,18 +278,18 @@ TEST_F(CloudRecovery, ComparesIdsWithoutRegardToCase) {
 TEST_F(CloudRecovery, TakesTheHighestVersionOfAnId) {
     EXPECT_TRUE(Recover(
         Deleted("S1", "low", "2") + "," + Deleted("S1", "high", "10.5") + "," + Deleted("S1", "middle", "9"), {L"S1"}));
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S1 high 1 2"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S1 high 1 2"}));
 }
 
 TEST_F(CloudRecovery, TakesTheFirstOfEqualVersions) {
     EXPECT_TRUE(Recover(Deleted("S1", "first", "2") + "," + Deleted("S1", "second", "2"), {L"S1"}));
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S1 first 1 2"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S1 first 1 2"}));
 }
 
 TEST_F(CloudRecovery, WritesInTheOrderOfIds) {
     EXPECT_TRUE(Recover(Deleted("S3", "c", "1") + "," + Deleted("S1", "a", "1") + "," + Deleted("S2", "b", "1"),
                         {L"S1", L"S2", L"S3"}));
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S1 a 1 2", "S2 b 1 2", "S3 c 1 2"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S1 a 1 2", "S2 b 1 2", "S3 c 1 2"}));
 }
 
 TEST_F(CloudRecovery, PassesOverRowsWithoutIdOrVersion) {
@@ -295,7 +297,7 @@ TEST_F(CloudRecovery, PassesOverRowsWithoutIdOrVersion) {
                             Deleted("S1", "null", "null") + R"(,{"ID":5,"version":1},{"version":1},null)",
                         {L"S1", L"5"}));
     EXPECT_FALSE(wanted.recovered);
-    EXPECT_EQ(Records(schema::SYS), RecordLines{});
+    EXPECT_EQ(Records(schema::kSystemType), RecordLines{});
     EXPECT_EQ(LocalVersion(), 5);
 }
 
@@ -307,8 +309,8 @@ TEST_F(CloudRecovery, TakesEachTableByItsTypeAndDiscipline) {
     }
     CloudHas(5, "{}", "{" + tables + "}");
     EXPECT_TRUE(Refresh(&wanted));
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"PipeSystemType n 1 2", "DuctSystemType n 2 1",
-                                                 "HVACPipeSystemType n 1 1", "ElectricalSystemType n 6 3"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"PipeSystemType n 1 2", "DuctSystemType n 2 1",
+                                                         "HVACPipeSystemType n 1 1", "ElectricalSystemType n 6 3"}));
 }
 
 TEST_F(CloudRecovery, FailsOnATableThatIsNoArray) {
@@ -320,10 +322,10 @@ TEST_F(CloudRecovery, FailsOnATableThatIsNoArray) {
 
 TEST_F(CloudRecovery, IsNotWantedWithoutARequest) {
     LocalHas(3);
-    Put(schema::SYS, L"S1", L"old");
+    Put(schema::kSystemType, L"S1", L"old");
     CloudHas(5, "{}", "{" + Table("ConfigTree", "") + "," + Table("PipeSystemType", Deleted("S1", "a", "4")) + "}");
     EXPECT_TRUE(Refresh());
-    EXPECT_EQ(Records(schema::SYS), RecordLines{});
+    EXPECT_EQ(Records(schema::kSystemType), RecordLines{});
 }
 
 } // namespace

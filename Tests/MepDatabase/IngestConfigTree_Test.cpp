@@ -244,8 +244,8 @@ TEST_P(SizeListIngest, CreateTimeIsOptional) {
     EXPECT_EQ(Double("PSI", GetParam().id, schema::kCreateTime), std::nullopt);
 }
 
-INSTANTIATE_TEST_SUITE_P(Groups, SizeListIngest, testing::ValuesIn(kLists), [](const auto& info) {
-    return std::string(info.param.group, info.param.group + std::wcslen(info.param.group));
+INSTANTIATE_TEST_SUITE_P(Groups, SizeListIngest, testing::ValuesIn(kLists), [](const auto& group) {
+    return std::string(group.param.group, group.param.group + std::wcslen(group.param.group));
 });
 
 struct RequiredCase {
@@ -323,8 +323,8 @@ TEST_P(SerieGroupIngest, AMissingIdOrTextIsReported) {
     EXPECT_EQ(Count("MSG"), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Groups, SerieGroupIngest, testing::ValuesIn(kGroups), [](const auto& info) {
-    return std::string(info.param.group, info.param.group + std::wcslen(info.param.group));
+INSTANTIATE_TEST_SUITE_P(Groups, SerieGroupIngest, testing::ValuesIn(kGroups), [](const auto& group) {
+    return std::string(group.param.group, group.param.group + std::wcslen(group.param.group));
 });
 
 } // namespace

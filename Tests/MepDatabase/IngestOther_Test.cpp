@@ -278,9 +278,11 @@ TEST_F(CombinedProduct, AnEquipmentRowAsItIsSentAtCreationGivesIdAndNameAlone) {
 }
 
 TEST_F(CombinedProduct, AnEquipmentRowNeedsAllItsOtherMembers) {
-    for (const auto& [key, value] : kEquipment.as_object())
-        if (key != "ID" && key != "Name" && key != "EquipmentComponentId")
-            EXPECT_THROW(Read(L"16352030", Without(kEquipment, key)), web::json::json_exception) << key;
+    for (const auto& [key, value] : kEquipment.as_object()) {
+        if (key == "ID" || key == "Name" || key == "EquipmentComponentId")
+            continue;
+        EXPECT_THROW(Read(L"16352030", Without(kEquipment, key)), web::json::json_exception) << key;
+    }
 }
 
 TEST_F(CombinedProduct, AnyOtherCodeGivesIdAndNameAlone) {

@@ -1,6 +1,6 @@
-#include "MepDatabase/JsonRead.h"
-
 #include <gtest/gtest.h>
+
+#include "MepDatabase/JsonRead.h" // after the test framework, which its macro U would break
 
 #include <limits>
 #include <string>

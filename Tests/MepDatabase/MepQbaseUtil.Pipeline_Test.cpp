@@ -1,6 +1,6 @@
-#include "Support/FileSizeLimit.h"
 #include "StoreSupport/LockTimeout.h"
 #include "StoreSupport/RefreshFixture.h"
+#include "Support/FileSizeLimit.h"
 
 #include "Host/Session.h"
 #include "Vorn/Clock.h"
@@ -102,7 +102,7 @@ TEST_F(Refreshing, MakesAMissingFileAndLoadsEverything) {
     EXPECT_EQ(TakeNotifications(), Loaded);
     EXPECT_EQ(DownloadPath(), "/api/DownloadVersion/P1/0");
     EXPECT_EQ(LocalVersion(), 5);
-    EXPECT_EQ(Records(schema::MTS), (RecordLines{"M1 PVC 1 2"}));
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M1 PVC 1 2"}));
 }
 
 TEST_F(Refreshing, AsksTheServiceInItsOrder) {
@@ -163,11 +163,11 @@ TEST_F(Refreshing, TakesAVersionOfZeroForAVersion) {
 TEST_F(Refreshing, GoesOnFromTheLocalVersion) {
     CloudHas(5, OneMaterial, "{}");
     LocalHas(3);
-    Put(schema::MTS, L"M0", L"old");
+    Put(schema::kMaterial, L"M0", L"old");
     EXPECT_TRUE(Refresh());
     EXPECT_EQ(DownloadPath(), "/api/DownloadVersion/P1/3");
     EXPECT_EQ(LocalVersion(), 5);
-    EXPECT_EQ(Records(schema::MTS), (RecordLines{"M0 old - -", "M1 PVC 1 2"}));
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M0 old - -", "M1 PVC 1 2"}));
 }
 
 TEST_F(Refreshing, GoesBackToALowerVersionToo) {
@@ -181,39 +181,39 @@ TEST_F(Refreshing, GoesBackToALowerVersionToo) {
 TEST_F(Refreshing, EmptiesAStoreWithoutHeaderForAFullLoad) {
     CloudHas(5, OneMaterial, "{}");
     MakeStore();
-    Put(schema::MTS, L"M0", L"old");
-    Put(schema::SYS, L"S0", L"old");
+    Put(schema::kMaterial, L"M0", L"old");
+    Put(schema::kSystemType, L"S0", L"old");
     EXPECT_TRUE(Refresh());
     EXPECT_EQ(DownloadPath(), "/api/DownloadVersion/P1/0");
-    EXPECT_EQ(Records(schema::MTS), (RecordLines{"M1 PVC 1 2"}));
-    EXPECT_EQ(Records(schema::SYS), RecordLines{});
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M1 PVC 1 2"}));
+    EXPECT_EQ(Records(schema::kSystemType), RecordLines{});
 }
 
 TEST_F(Refreshing, EmptiesAStoreOfVersionZeroForAFullLoad) {
     CloudHas(5, OneMaterial, "{}");
     LocalHas(0);
-    Put(schema::MTS, L"M0", L"old");
+    Put(schema::kMaterial, L"M0", L"old");
     EXPECT_TRUE(Refresh());
-    EXPECT_EQ(Records(schema::MTS), (RecordLines{"M1 PVC 1 2"}));
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M1 PVC 1 2"}));
 }
 
 TEST_F(Refreshing, TakesAHeaderWithoutAVersionForVersionZero) {
     CloudHas(5, OneMaterial, "{}");
     MakeStore();
     util.SetLastUpdateTimePoint(path, ddq);
-    Put(schema::MTS, L"M0", L"old");
+    Put(schema::kMaterial, L"M0", L"old");
     EXPECT_TRUE(Refresh());
     EXPECT_EQ(DownloadPath(), "/api/DownloadVersion/P1/0");
-    EXPECT_EQ(Records(schema::MTS), (RecordLines{"M1 PVC 1 2"}));
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M1 PVC 1 2"}));
 }
 
 TEST_F(Refreshing, AsksFromANegativeVersionAndDeletesNothing) {
     CloudHas(5, OneMaterial, R"({"PipeSystemType":[{"ID":"S0"}]})");
     LocalHas(-3);
-    Put(schema::SYS, L"S0", L"old");
+    Put(schema::kSystemType, L"S0", L"old");
     EXPECT_TRUE(Refresh());
     EXPECT_EQ(DownloadPath(), "/api/DownloadVersion/P1/-3");
-    EXPECT_EQ(Records(schema::SYS), (RecordLines{"S0 old - -"}));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S0 old - -"}));
 }
 
 TEST_F(Refreshing, NeedsTheDownload) {
@@ -228,13 +228,13 @@ TEST_F(Refreshing, NeedsTheDownload) {
 
 TEST_F(Refreshing, LeavesAnEmptiedStoreEmptyWhenTheDownloadFails) {
     MakeStore();
-    Put(schema::MTS, L"M0", L"old");
+    Put(schema::kMaterial, L"M0", L"old");
     server.On("/api/GetVersion/", ScriptedAnswer::Data("5"));
     server.On("/api/DownloadVersion/", ScriptedAnswer::Html(500));
     EXPECT_FALSE(Refresh());
     EXPECT_EQ(TakeNotifications(), DownloadFailed);
-    EXPECT_EQ(Records(schema::MTS), RecordLines{});
-    EXPECT_EQ(Records(schema::Header), RecordLines{});
+    EXPECT_EQ(Records(schema::kMaterial), RecordLines{});
+    EXPECT_EQ(Records(schema::kHeader), RecordLines{});
     EXPECT_EQ(LocalVersion(), -1);
 }
 
@@ -286,11 +286,11 @@ TEST_F(Refreshing, OfAnEmptyIncrementIsSilentAndKeepsTheVersion) {
 
 TEST_F(Refreshing, OfAnEmptyIncrementLeavesAnEmptiedStoreEmpty) {
     MakeStore();
-    Put(schema::MTS, L"M0", L"old");
+    Put(schema::kMaterial, L"M0", L"old");
     CloudHas(5, Empty);
     EXPECT_FALSE(Refresh());
     EXPECT_EQ(TakeNotifications(), Notifications{});
-    EXPECT_EQ(Records(schema::MTS), RecordLines{});
+    EXPECT_EQ(Records(schema::kMaterial), RecordLines{});
     EXPECT_EQ(LocalVersion(), -1);
 }
 
@@ -339,7 +339,7 @@ TEST_F(Refreshing, WithoutAReporterDoesTheSame) {
     EXPECT_TRUE(RefreshWith(false, nullptr, nullptr));
     EXPECT_EQ(TakeNotifications(), Loaded);
     EXPECT_EQ(LocalVersion(), 5);
-    EXPECT_EQ(Records(schema::MTS), (RecordLines{"M1 PVC 1 2"}));
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M1 PVC 1 2"}));
 }
 
 std::chrono::system_clock::time_point NoonOfALeapDay() {
@@ -371,15 +371,15 @@ TEST_F(Refreshing, StampsTheTimePointOnlyWhenAsked) {
 
 TEST_F(Refreshing, FailsWithoutConfigTreeDeletionsAndKeepsWhatItDidUntilThen) {
     LocalHas(3);
-    Put(schema::SYS, L"S1", L"gone");
-    Put(schema::SMS, L"T1", L"stays");
+    Put(schema::kSystemType, L"S1", L"gone");
+    Put(schema::kMaterialSerie, L"T1", L"stays");
     CloudHas(5, OneMaterial, R"({"PipeSystemType":[{"ID":"S1"}],"PipeType":[{"ID":"T1"}]})");
     EXPECT_FALSE(Refresh());
     EXPECT_EQ(TakeNotifications(), LoadFailed);
     EXPECT_EQ(TakeLogLines(), (std::vector<std::wstring>{L"Key not found"}));
-    EXPECT_EQ(Records(schema::SYS), RecordLines{});
-    EXPECT_EQ(Records(schema::SMS), (RecordLines{"T1 stays - -"}));
-    EXPECT_EQ(Records(schema::MTS), RecordLines{});
+    EXPECT_EQ(Records(schema::kSystemType), RecordLines{});
+    EXPECT_EQ(Records(schema::kMaterialSerie), (RecordLines{"T1 stays - -"}));
+    EXPECT_EQ(Records(schema::kMaterial), RecordLines{});
     EXPECT_EQ(LocalVersion(), 3);
     EXPECT_EQ(progress.percentages, (std::vector<double>{16, 24}));
 }
@@ -404,7 +404,7 @@ TEST_F(Refreshing, TakesAnExceptionOfTheReporterForAFailure) {
     EXPECT_FALSE(Refresh());
     EXPECT_EQ(TakeNotifications(), LoadFailed);
     EXPECT_EQ(TakeLogLines(), (std::vector<std::wstring>{L"cancelled"}));
-    EXPECT_EQ(Records(schema::MTS), (RecordLines{"M1 PVC 1 2"}));
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M1 PVC 1 2"}));
     EXPECT_EQ(LocalVersion(), 3);
 }
 
@@ -419,7 +419,7 @@ TEST_F(Refreshing, LogsAnExceptionWithoutWordsAsUnknown) {
 
 TEST_F(Refreshing, WritesNothingToTheFileBeforeItsEnd) {
     LocalHas(3);
-    Put(schema::SYS, L"S1", L"gone");
+    Put(schema::kSystemType, L"S1", L"gone");
     const auto before = FileBytes(path);
     CloudHas(5, OneMaterial, R"({"PipeSystemType":[{"ID":"S1"}],"ConfigTree":[]})");
     progress.onReport = [&](double percentage) {
@@ -456,7 +456,7 @@ TEST_F(Refreshing, OfAStoreThatSomeoneElseReadsFailsAndChangesNothing) {
     EXPECT_EQ(TakeNotifications(), Notifications{});
     ASSERT_TRUE(reader.closeDatabase());
     EXPECT_EQ(LocalVersion(), 3);
-    EXPECT_EQ(Records(schema::MTS), RecordLines{});
+    EXPECT_EQ(Records(schema::kMaterial), RecordLines{});
 }
 
 TEST_F(Refreshing, ThatDoesNotFitOnTheDiskSaysSoAndChangesNothing) {
@@ -473,7 +473,7 @@ TEST_F(Refreshing, ThatDoesNotFitOnTheDiskSaysSoAndChangesNothing) {
     EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"MepQbaseUtil::SyncDataFromCloud: closeDatabase 失败"}));
     EXPECT_EQ(TakeNotifications(), Notifications{});
     EXPECT_EQ(LocalVersion(), 3);
-    EXPECT_EQ(Records(schema::MTS), RecordLines{});
+    EXPECT_EQ(Records(schema::kMaterial), RecordLines{});
 }
 
 } // namespace

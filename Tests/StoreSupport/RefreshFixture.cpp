@@ -15,14 +15,14 @@ std::string ShortText(CQbase& qb, short attribute) {
 
 std::string NameText(CQbase& qb) {
     CWsz name;
-    return qb.getWsz(tolm::schema::Name, name, 1) ? vorn::StringUtil::ToString(name.str()) : "-";
+    return qb.getWsz(tolm::schema::kName, name, 1) ? vorn::StringUtil::ToString(name.str()) : "-";
 }
 
 std::string RecordLine(CQbase& qb) {
     CWsz id;
     qb.getObjId(id);
-    return vorn::StringUtil::ToString(id.str()) + " " + NameText(qb) + " " + ShortText(qb, tolm::schema::MEPType) +
-           " " + ShortText(qb, tolm::schema::DisciplineId);
+    return vorn::StringUtil::ToString(id.str()) + " " + NameText(qb) + " " + ShortText(qb, tolm::schema::kMEPType) +
+           " " + ShortText(qb, tolm::schema::kDisciplineId);
 }
 
 } // namespace
@@ -54,7 +54,7 @@ void RefreshFixture::Put(const char* classCode, const wstring& id, const wstring
     CQbase qb;
     ASSERT_TRUE(qb.openDatabase(ddq, path, true));
     ASSERT_TRUE(qb.createRec(classCode, id));
-    ASSERT_TRUE(qb.setWsz(tolm::schema::Name, name.c_str(), -1));
+    ASSERT_TRUE(qb.setWsz(tolm::schema::kName, name.c_str(), -1));
     ASSERT_TRUE(qb.saveRec());
     ASSERT_TRUE(qb.closeDatabase());
 }

@@ -205,6 +205,20 @@ TEST_F(ComponentDatabase, AnOperationThatFailsHalfWayChangesNothing) {
     EXPECT_EQ(tolmtest::ProductIds(m_path), (Ids{L"p"}));
 }
 
+TEST_F(ComponentDatabase, WhatACrashLeavesHalfWrittenIsUndoneByTheNextReader) {
+    ASSERT_TRUE(Insert());
+    const Database writer(m_path);
+    ASSERT_TRUE(writer.Run("PRAGMA cache_size = 1; BEGIN IMMEDIATE;"
+                           "UPDATE combined_products SET Name = 'half';"
+                           "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 500)"
+                           " INSERT INTO combined_products(Id, Name) SELECT 'n' || i, hex(zeroblob(100)) FROM n"));
+    const std::wstring crashed = m_folder.File(L"crashed.db");
+    ASSERT_TRUE(vorn::FileUtility::Copy(m_path, crashed));
+    ASSERT_TRUE(vorn::FileUtility::Copy(m_path + L"-journal", crashed + L"-journal"));
+    ASSERT_GT(vorn::FileInfo(crashed).Size(), 65'536U); // the writer's pages are in the file already
+    EXPECT_EQ(tolmtest::ReadProducts(crashed), (std::vector<tolm::TolmCombinedProduct>{MakeListProduct(L"p")}));
+}
+
 TEST_F(ComponentDatabase, AReaderIsNotDisturbedByAWriterAtWork) {
     ASSERT_TRUE(Insert());
     const Database writer(m_path);

@@ -158,8 +158,15 @@ TEST_F(CombinedProducts, TextsThatGiveTwoCategoriesOrNoneRemoveNothing) {
     Insert({MakeListProduct(L"a"), MakeEquipmentProduct(L"e")});
     EXPECT_TRUE(Remove(L"支架", L"风机盘管", {L"a", L"e"}));
     EXPECT_TRUE(Remove(L"unknown", L"16353515", {L"a", L"e"}));
-    EXPECT_FALSE(Remove(L"", L"", {L"a", L"e"}));
+    EXPECT_TRUE(Remove(L"", L"", {L"a", L"e"}));
     EXPECT_EQ(ProductIds(m_path), (Ids{L"a", L"e"}));
+}
+
+TEST_F(CombinedProducts, AKnownCategoryWithoutNamesIsGivenByTwoEmptyTexts) {
+    ASSERT_TRUE(TolmComponentSqlUtil::Import(m_path, {}, {{L"16353515", L"", L"", L"", L""}}, {}));
+    Insert({MakeListProduct(L"a"), MakeEquipmentProduct(L"e")});
+    EXPECT_TRUE(Remove(L"", L"", {L"a", L"e"}));
+    EXPECT_EQ(ProductIds(m_path), (Ids{L"e"}));
 }
 
 TEST_F(CombinedProducts, RemovingFromAFileThatIsNotThereIsNoFailure) {
