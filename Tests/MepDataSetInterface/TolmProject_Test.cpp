@@ -168,8 +168,9 @@ TEST_F(Dataset, AResetWithATableMissingReportsItAndResetsNone) {
         const auto before = std::move(table);
         dataset->ResetDataTables();
         EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{wstring(L"TolmDataset::ResetDataTables: ") + words}));
-        if (TolmDatasetTestAccess::Materials(Concrete()))
+        if (TolmDatasetTestAccess::Materials(Concrete())) {
             EXPECT_EQ(Materials(), (Ids{L"a"})) << "nothing was reset";
+        }
         const_cast<std::remove_const_t<decltype(before)>&>(before).swap(table);
         dataset->ResetDataTables();
         EXPECT_EQ(Materials(), Ids{});
