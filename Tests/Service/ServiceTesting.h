@@ -64,7 +64,8 @@ public:
 
 private:
     service::ProjectFile Read(const json& tables) const {
-        const json file{{"format", "tolm-project"}, {"formatVersion", 1}, {"tables", tables}};
+        const json file{
+            {"format", "tolm-project"}, {"formatVersion", 1}, {"tables", tables.is_null() ? json::object() : tables}};
         return service::ReadProjectFile(file.dump(), Folder());
     }
 
