@@ -65,6 +65,12 @@ WireAnswer AnswerIn(const std::string& bytes) {
 WireAnswer SendBytes(int port, const std::string& bytes) {
     const Connection connection(port);
     connection.Send(bytes);
+    return AnswerIn(connection.ReadAll());
+}
+
+WireAnswer SendBytesAndNoMore(int port, const std::string& bytes) {
+    const Connection connection(port);
+    connection.Send(bytes);
     connection.EndSending();
     return AnswerIn(connection.ReadAll());
 }

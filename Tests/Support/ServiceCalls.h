@@ -16,6 +16,9 @@ struct WireAnswer {
 /// Sends these bytes to a port of the loopback address and reads until the other side closes.
 WireAnswer SendBytes(int port, const std::string& bytes);
 
+/// The same, and tells the other side that nothing more will come.
+WireAnswer SendBytesAndNoMore(int port, const std::string& bytes);
+
 /// A request as a client makes it.
 struct WireRequest {
     std::string method = "POST";
