@@ -148,8 +148,10 @@ bool ReadProducts(sql::Connection& sql, const std::wstring& categoryCode, Produc
 }
 
 void PlaceReference(Product& product, int role, Reference reference) {
-    if (role == kListRole)
+    if (role == kListRole) {
         product.components.push_back(std::move(reference));
+        return;
+    }
     const auto found = std::ranges::find(kRoles, role, &Role::number);
     if (found != kRoles.end())
         product.*found->field = std::move(reference);

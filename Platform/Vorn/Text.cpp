@@ -101,7 +101,7 @@ public:
     UnicodeLocale& operator=(const UnicodeLocale&) = delete;
 
     std::wint_t ToLower(wchar_t c) const {
-        const auto value = static_cast<std::wint_t>(c);
+        const std::wint_t value = std::char_traits<wchar_t>::to_int_type(c);
         return m_locale != locale_t{} ? towlower_l(value, m_locale) : std::towlower(value);
     }
 
