@@ -18,6 +18,9 @@ bool RefuseDepth(int depth, json::parse_event_t, json&) {
 } // namespace
 
 json ParseJson(std::string_view text) {
+    // The parser takes a zero byte for the end of the text.
+    if (text.find('\0') != std::string_view::npos)
+        throw Refusal(Answer::IllFormed, "the JSON text holds a zero byte");
     try {
         return json::parse(text.begin(), text.end(), RefuseDepth);
     } catch (const json::parse_error& error) {
