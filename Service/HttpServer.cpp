@@ -19,6 +19,12 @@ namespace {
 constexpr auto kJson = "application/json";
 constexpr auto kPatience = std::chrono::seconds(30); ///< for a peer that neither sends nor takes anything
 
+/// A second service on the same port has to fail, not to share the port.
+void LeavePortToOne(socket_t socket) {
+    const int yes = 1;
+    setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
+}
+
 void Put(httplib::Response& response, int status, std::string body) {
     response.status = status;
     response.body = std::move(body);
@@ -156,6 +162,7 @@ struct HttpServer::Impl {
     }
 
     void SetLimits() {
+        server.set_socket_options(LeavePortToOne);
         server.set_keep_alive_max_count(1);
         server.set_tcp_nodelay(true);
         server.set_read_timeout(kPatience);

@@ -9,8 +9,9 @@ namespace {
 
 using nlohmann::json;
 
-bool RefuseDepth(int depth, json::parse_event_t, json&) {
-    if (depth > kDeepestJson)
+bool RefuseDepth(int depth, json::parse_event_t event, json&) {
+    const bool begins = event == json::parse_event_t::array_start || event == json::parse_event_t::object_start;
+    if (begins && depth >= kDeepestJson)
         throw Refusal(Answer::IllFormed, "the JSON text is nested too deeply");
     return true;
 }
@@ -18,6 +19,9 @@ bool RefuseDepth(int depth, json::parse_event_t, json&) {
 } // namespace
 
 json ParseJson(std::string_view text) {
+    // The parser takes a zero byte for the end of the text.
+    if (text.find('\0') != std::string_view::npos)
+        throw Refusal(Answer::IllFormed, "the JSON text holds a zero byte");
     try {
         return json::parse(text.begin(), text.end(), RefuseDepth);
     } catch (const json::parse_error& error) {

@@ -169,7 +169,7 @@ TEST_F(Cloud, ARefreshBringsTheDatasetToTheServicesVersionAndNotesTheTimeWithIts
         Local(std::nullopt);
         Answer(2);
         server.On("/api/DownloadVersion/", ScriptedAnswer::Data(kOneMaterial));
-        server.On("/api/workunit/downloadData", ScriptedAnswer::Data("{}"));
+        server.On("/api/workunit/downloadData", ScriptedAnswer::Data("[]"));
         EXPECT_TRUE(dataset->SyncDataFromCloud(flag, nullptr, nullptr));
         EXPECT_EQ(dataset->GetLastUpdateTimePointString().empty(), !flag);
         bool changed = true;

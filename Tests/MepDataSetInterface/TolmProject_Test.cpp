@@ -165,13 +165,13 @@ TEST_F(Dataset, AResetWithATableMissingReportsItAndResetsNone) {
     Store(MakeMaterial(L"a"));
     const auto expectMissing = [&](auto& table, const wchar_t* words) {
         dataset->CollectData(false, {TableId::PlumbingPipeMaterials});
-        const auto before = std::move(table);
+        auto taken = std::move(table);
         dataset->ResetDataTables();
         EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{wstring(L"TolmDataset::ResetDataTables: ") + words}));
         if (TolmDatasetTestAccess::Materials(Concrete())) {
             EXPECT_EQ(Materials(), (Ids{L"a"})) << "nothing was reset";
         }
-        const_cast<std::remove_const_t<decltype(before)>&>(before).swap(table);
+        table = std::move(taken);
         dataset->ResetDataTables();
         EXPECT_EQ(Materials(), Ids{});
     };

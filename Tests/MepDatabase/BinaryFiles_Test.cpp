@@ -1,6 +1,7 @@
 #include "Host/Definitions.h"
 #include "Host/Session.h"
 #include "MepDatabase/BinaryFiles.h"
+#include "Qbase/Qbase.h"
 #include "Support/DebugWarnings.h"
 #include "Support/TempFolder.h"
 #include "Vorn/Files.h"
@@ -59,6 +60,7 @@ class BinaryFiles : public testing::Test {
 protected:
     void SetUp() override {
         tolm::TolmFilePathSettings::SetCurrentDatasetFilePath(dataset);
+        fs::copy_file(vorn::FileSystem::ToNative(definition), Native(L"classes.ddq"));
         tolm::DataSetFilePath::TOLMDDQFilePath = folder.File(L"classes.ddq");
     }
     void TearDown() override {
@@ -169,6 +171,26 @@ TEST_F(BinaryFiles, AFolderThatIsAFileCannotBeWrittenTo) {
     Put(L"file", "x");
     const tolm::BinaryFileFolder wrong(folder.File(L"file"), L"");
     EXPECT_THROW(wrong.Write(L"f", "x"), std::runtime_error);
+}
+
+TEST_F(BinaryFiles, EveryStoreIsRefusedAlsoWhileItIsInUse) {
+    tolm::TolmFilePathSettings::SetCurrentDatasetFilePath(L"");
+    CQbase store;
+    ASSERT_TRUE(store.openDatabase(definition, folder.File(L"other.db"), true));
+    ExpectRefused(L"other.db");
+    ASSERT_TRUE(store.lockForUpdate());
+    ASSERT_TRUE(store.createRec("SYS", L"a"));
+    ASSERT_TRUE(store.saveRec());
+    ExpectRefused(L"other.db");
+    ASSERT_TRUE(store.closeDatabase());
+    ExpectRefused(L"other.db");
+}
+
+TEST_F(BinaryFiles, AFileThatIsNoStoreIsTheClouds) {
+    Put(L"f", "SQLite format 3");
+    EXPECT_NO_THROW(Folder().Write(L"f", ""));
+    EXPECT_NO_THROW(Folder().Write(L"f", "x"));
+    EXPECT_EQ(Content(L"f"), "x");
 }
 
 TEST_F(BinaryFiles, WithoutAnOpenDatasetTheRestIsStillRefused) {

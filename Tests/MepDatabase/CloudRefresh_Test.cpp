@@ -1,6 +1,7 @@
 #include "StoreSupport/RefreshFixture.h"
 
-#include "Host/Session.h"
+#include "Host/Categories.h"
+#include "Host/Components.h"
 
 #include <utility>
 
@@ -96,6 +97,19 @@ TEST_F(CloudAdditions, OfSeriesComeAfterTheirSizeTables) {
 TEST_F(CloudAdditions, OfFilesGoToTheBinaryFolder) {
     EXPECT_TRUE(Add(Table("BinaryTable", R"({"fileName":"a.bin","length":3,"data":"YWJj"})")));
     EXPECT_EQ(FileBytes(folder.File(L"a.bin")), "abc");
+}
+
+TEST_F(CloudAdditions, OfCombinedProductsGoToTheirOwnFile) {
+    auto& categories = tolm::TolmCategoryInfoUtilsHandler::Get();
+    categories.SetUtils(tolm::CreateCategoryInfoUtils(folder.File(L"components.db")));
+    EXPECT_TRUE(Add(Table("Combination_16353515",
+                          R"({"ID":"K1","Name":"rack","Spacing":1500,"List":[{"CategoryStandardCode":"1",)"
+                          R"("ComponentId":"2","ComponentTypeId":"3"}]})")));
+    categories.SetUtils(nullptr);
+    std::vector<tolm::TolmCombinedProduct> products;
+    EXPECT_TRUE(tolm::TolmComponentSqlUtil::ReadCombinedProductList(combinedPath, L"16353515", products));
+    ASSERT_EQ(products.size(), 1U);
+    EXPECT_EQ(products[0].Name, L"rack");
 }
 
 TEST_F(CloudAdditions, IgnoreTheDeletionsOfAFullLoad) {
@@ -201,7 +215,7 @@ TEST_F(CloudDeletions, TakeConfigTreeByGroupAndLeaveCableTrays) {
 }
 
 TEST_F(CloudDeletions, TakeCircuitTemplatesAndFiles) {
-    Put(schema::kCircuitTemplate, L"C1", L"goes");
+    Put(schema::kCircuitTemplate, L"C1", L"");
     ASSERT_TRUE(vorn::FileUtility::SaveInBinaryMode(folder.File(L"a.bin"), "abc", 3, false));
     EXPECT_TRUE(Delete(Table("ConfigTree", "") + "," + Table("CircuitTemplate", R"({"ID":"C1"})") + "," +
                        Table("BinaryTable", R"({"fileName":"a.bin"})")));

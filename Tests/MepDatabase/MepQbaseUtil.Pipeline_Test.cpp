@@ -142,6 +142,50 @@ TEST_F(Refreshing, LeavesAFileAloneThatIsNoStore) {
     EXPECT_EQ(DownloadCount(), 0U);
 }
 
+TEST_F(Refreshing, FillsAnEmptyFileLikeAMissingOne) {
+    CloudHas(5, OneMaterial, "{}");
+    std::ofstream(vorn::FileSystem::ToNative(path)).flush();
+    ASSERT_TRUE(Exists(path));
+    EXPECT_TRUE(Refresh());
+    EXPECT_EQ(DownloadPath(), "/api/DownloadVersion/P1/0");
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M1 PVC 1 2"}));
+}
+
+TEST_F(Refreshing, FailsToOpenAFolder) {
+    CloudHas(5, OneMaterial, "{}");
+    ASSERT_TRUE(vorn::FileSystem::CreateDirectories(path));
+    EXPECT_FALSE(Refresh());
+    EXPECT_EQ(TakeNotifications(), OpenFailed);
+}
+
+TEST_F(Refreshing, TakesAHeaderThatCannotBeReadForAFileThatDoesNotOpen) {
+    CloudHas(5, OneMaterial, "{}");
+    LocalHas(3);
+    Put(schema::kMaterial, L"M0", L"stays");
+    const LockTimeout atOnce(1);
+    CQbase writer;
+    ASSERT_TRUE(writer.openDatabase(ddq, path, false) && writer.lockForUpdate());
+    EXPECT_FALSE(Refresh());
+    EXPECT_EQ(TakeNotifications(), OpenFailed);
+    EXPECT_EQ(DownloadCount(), 0U);
+    ASSERT_TRUE(writer.closeDatabase());
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M0 stays - -"}));
+}
+
+TEST_F(Refreshing, LoadsNothingIntoAStoreThatItCannotEmpty) {
+    CloudHas(5, OneMaterial, "{}");
+    LocalHas(0);
+    Put(schema::kMaterial, L"M0", L"stays");
+    const LockTimeout atOnce(1);
+    CQbase reader;
+    ASSERT_TRUE(reader.openDatabase(ddq, path, false) && reader.lockForRead());
+    EXPECT_FALSE(Refresh());
+    EXPECT_EQ(TakeNotifications(), OpenFailed);
+    EXPECT_EQ(DownloadCount(), 0U);
+    ASSERT_TRUE(reader.closeDatabase());
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M0 stays - -"}));
+}
+
 TEST_F(Refreshing, OfAnEqualVersionIsDone) {
     CloudHas(5, OneMaterial, "{}");
     LocalHas(5);

@@ -1,10 +1,10 @@
 #include "MepDatabase/MepQbaseUtil.h"
 #include "MepDatabase/ChangeTracking.h"
-#include "Support/FileSizeLimit.h"
 #include "StoreSupport/LockTimeout.h"
 #include "StoreSupport/MepQbaseUtilTestAccess.h"
 #include "StoreSupport/Records.h"
 #include "StoreSupport/StoreFixture.h"
+#include "Support/FileSizeLimit.h"
 
 #include <filesystem>
 

@@ -156,8 +156,49 @@ TEST_F(Recovery, ATypeComesBackAsACreationOfItsTable) {
         EXPECT_EQ(util.RecoveredSystemTypeIds(), (Texts{id}));
         EXPECT_EQ(Short("SYS", id, schema::kMEPType), test.storedType) << test.key;
         EXPECT_EQ(Short("SYS", id, schema::kDisciplineId), test.discipline) << test.key;
-        EXPECT_EQ(StatusOf(id), (std::vector<short>{1, test.noted, test.discipline})) << test.key;
     }
+    ASSERT_TRUE(qb.closeDatabase());
+    for (const TableCase& test : cases)
+        EXPECT_EQ(StatusOf(wstring(test.key, test.key + std::string(test.key).size())),
+                  (std::vector<short>{1, test.noted, test.discipline}))
+            << test.key;
+}
+
+TEST_F(Recovery, WhatIsGivenUpLeavesNeitherTypeNorStatus) {
+    Recover(Data("PipeSystemType", {kType}));
+    qb.abandon();
+    EXPECT_TRUE(StatusOf(L"y1").empty());
+    ASSERT_TRUE(qb.openDatabase(tolm::DataSetFilePath::TOLMDDQFilePath, path, false));
+    EXPECT_EQ(Count("SYS"), 0);
+}
+
+TEST_F(Recovery, AStatusRecordThatIsThereBecomesACreation) {
+    {
+        CQbase status;
+        ASSERT_TRUE(status.openDatabase(tolm::DataSetFilePath::TOLMDDQFilePath, statusPath, true));
+        ASSERT_TRUE(status.createRec("SYS", L"y1"));
+        status.setShort(schema::kStatus, 3);
+        status.setShort(schema::kMEPType, 1);
+        status.setShort(schema::kDisciplineId, 2);
+        ASSERT_TRUE(status.saveRec());
+    }
+    Recover(Data("PipeSystemType", {kType}));
+    ASSERT_TRUE(qb.closeDatabase());
+    EXPECT_EQ(StatusOf(L"y1"), (std::vector<short>{1, 1, 2}));
+}
+
+TEST_F(Recovery, WithoutAPathForTheStatusTheTypeComesBackAllTheSame) {
+    tolm::TolmFilePathSettings::SetCurrentDatasetFilePath(L"");
+    Recover(Data("PipeSystemType", {kType}));
+    EXPECT_TRUE(info.recovered);
+    EXPECT_EQ(util.RecoveredSystemTypeIds(), (Texts{L"y1"}));
+    EXPECT_TRUE(Exists("SYS", L"y1"));
+}
+
+TEST_F(Recovery, NobodyNeedsToAskWhetherSomethingCameBack) {
+    wstring definition = tolm::DataSetFilePath::TOLMDDQFilePath;
+    util.RecoverInstantiatedSystemTypes(Data("PipeSystemType", {kType}), &qb, definition, nullptr);
+    EXPECT_EQ(util.RecoveredSystemTypeIds(), (Texts{L"y1"}));
 }
 
 TEST_F(Recovery, TheTablesAreTakenInTheirOrderAndIdsInTheirs) {

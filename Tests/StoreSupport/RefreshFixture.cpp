@@ -54,7 +54,9 @@ void RefreshFixture::Put(const char* classCode, const wstring& id, const wstring
     CQbase qb;
     ASSERT_TRUE(qb.openDatabase(ddq, path, true));
     ASSERT_TRUE(qb.createRec(classCode, id));
-    ASSERT_TRUE(qb.setWsz(tolm::schema::kName, name.c_str(), -1));
+    if (!name.empty()) {
+        ASSERT_TRUE(qb.setWsz(tolm::schema::kName, name.c_str(), -1));
+    }
     ASSERT_TRUE(qb.saveRec());
     ASSERT_TRUE(qb.closeDatabase());
 }

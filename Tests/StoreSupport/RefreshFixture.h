@@ -40,7 +40,7 @@ protected:
     void CloudHas(int version, const std::string& add, const std::string& del);
     /// A dataset file with a header of this version.
     void LocalHas(int version);
-    /// Puts a record with a name into the dataset file.
+    /// Puts a record into the dataset file, with a name unless that is empty.
     void Put(const char* classCode, const wstring& id, const wstring& name) const;
 
     bool Refresh(tolm::RecoverDataInfo* recoverInfo = nullptr) { return RefreshWith(false, &progress, recoverInfo); }

@@ -60,9 +60,10 @@ void OpenRecord(CQbase& qb, const Slot& slot, const std::wstring& id, std::span<
 
 // --- pipes: materials and their size tables ------------------------------------------------------------------------
 
+/// A whole number is passed over: the service writes each value with a fraction.
 void WriteRoughness(CQbase& qb, const web::json::value& content) {
     const web::json::value* roughness = content.is_null() ? nullptr : jsonread::Find(content.as_object(), "roughness");
-    if (roughness != nullptr && !roughness->is_null() && roughness->is_double())
+    if (roughness != nullptr && roughness->is_double())
         qb.setDouble(schema::kRoughness, FiniteNumber(*roughness));
 }
 
@@ -117,55 +118,28 @@ void WriteDuctMaterial(CQbase& qb, const object& content) {
     ingest::Save(qb);
 }
 
+constexpr Slot kDucts = {schema::kSizeModule, 2, 1};
+constexpr Slot kWires = {schema::kSizeModule, 5, 3};
+constexpr Slot kConduits = {schema::kSizeModule, 4, 3};
+constexpr Slot kTrays = {schema::kSizeModule, 3, 3};
+constexpr Slot kPipeGroups = {schema::kMaterialSerieGroup, 1, 2};
+constexpr Slot kHvacPipeGroups = {schema::kMaterialSerieGroup, 1, 1};
+constexpr Slot kDuctGroups = {schema::kMaterialSerieGroup, 2, 1};
+constexpr std::span<const Field> kNoContent;
+
 constexpr Group kGroups[] = {
-    {L"ductSeriesType",
-     {schema::kSizeModule, 2, 1},
-     kNameAndTime,
-     kDuctContent,
-     &ingest::kDuctSizes,
-     WriteDuctMaterial,
+    {L"ductSeriesType", kDucts, kNameAndTime, kDuctContent, &ingest::kDuctSizes, WriteDuctMaterial,
      L"ductSeriesType:下载风管类型失败"},
-    {L"electricWireType",
-     {schema::kSizeModule, 5, 3},
-     kWireNamesAndTime,
-     kWireContent,
-     &ingest::kCableSpecifications,
-     nullptr,
+    {L"electricWireType", kWires, kWireNamesAndTime, kWireContent, &ingest::kCableSpecifications, nullptr,
      L"electricWireType:下载导线类型失败"},
-    {L"electricLinePipe",
-     {schema::kSizeModule, 4, 3},
-     kNameAndTime,
-     {},
-     &ingest::kConduitSizes,
-     nullptr,
+    {L"electricLinePipe", kConduits, kNameAndTime, kNoContent, &ingest::kConduitSizes, nullptr,
      L"electricLinePipe:下载线管类型失败"},
-    {L"cableTray",
-     {schema::kSizeModule, 3, 3},
-     kNameAndTime,
-     kTrayContent,
-     &ingest::kTraySizes,
-     nullptr,
-     L"cableTray:下载桥架类型失败"},
-    {L"pipeFittingGroup",
-     {schema::kMaterialSerieGroup, 1, 2},
-     kNameAndTime,
-     {},
-     nullptr,
-     nullptr,
+    {L"cableTray", kTrays, kNameAndTime, kTrayContent, &ingest::kTraySizes, nullptr, L"cableTray:下载桥架类型失败"},
+    {L"pipeFittingGroup", kPipeGroups, kNameAndTime, kNoContent, nullptr, nullptr,
      L"pipeFittingGroup:下载管配件组合的分组失败"},
-    {L"havcFittingGroup",
-     {schema::kMaterialSerieGroup, 1, 1},
-     kNameAndTime,
-     {},
-     nullptr,
-     nullptr,
+    {L"havcFittingGroup", kHvacPipeGroups, kNameAndTime, kNoContent, nullptr, nullptr,
      L"havcFittingGroup:下载管配件组合的分组失败"},
-    {L"ductFittingGroup",
-     {schema::kMaterialSerieGroup, 2, 1},
-     kNameAlone,
-     {},
-     nullptr,
-     nullptr,
+    {L"ductFittingGroup", kDuctGroups, kNameAlone, kNoContent, nullptr, nullptr,
      L"ductFittingGroup:下载管配件组合的分组失败"},
 };
 

@@ -108,6 +108,32 @@ void RemoveCombinedProducts(ITolmCategoryInfoUtils& utils, const wstring& path, 
                                                 category != nullptr ? category->GetEnglishName() : code, ids);
 }
 
+/// A missing member is told in the caller's name.
+bool Has(const object& row, const char* key, const CallSite& site) {
+    if (jsonread::Find(row, key) != nullptr)
+        return true;
+    site.Warn(L"ID为空");
+    return false;
+}
+
+/// Reads what the list form adds. False when the row lacks it, which is told in the caller's name.
+bool ReadListForm(const object& row, ITolmCategoryInfoUtils& utils, const CallSite& site,
+                  TolmCombinedProduct& product) {
+    if (!Has(row, "Spacing", site))
+        return false;
+    product.spacing = jsonread::Int(row, "Spacing");
+    if (!Has(row, "List", site))
+        return false;
+    const web::json::array& parts = row.at("List").as_array();
+    if (parts.size() == 0) {
+        site.Warn(L"partList.size()为0");
+        return false;
+    }
+    for (const auto& part : parts)
+        product.components.push_back(ReadReference(part.as_object(), kListedComponent, utils));
+    return true;
+}
+
 void WriteBinaryFile(const BinaryFileFolder& folder, const object& element) {
     const std::string bytes = base64_decode(element.at("data").as_string());
     jsonread::Int(element, "length"); // the length of the data counts, not what is said of it
@@ -136,26 +162,10 @@ bool MepQbaseUtil::GetCombinedProductFromJson(wstring categoryCode, web::json::v
         return false;
     }
     const CombinedProductForm form = FormOf(product.categoryCode);
+    if (form == CombinedProductForm::List)
+        return ReadListForm(row, *utils, TOLM_CALL_SITE, product);
     if (form == CombinedProductForm::Equipment)
         ReadEquipmentForm(row, *utils, product);
-    if (form != CombinedProductForm::List)
-        return true;
-    if (!element.has_field("Spacing")) {
-        VORN_DEBUG_WARN(L"ID为空");
-        return false;
-    }
-    product.spacing = jsonread::Int(row, "Spacing");
-    if (!element.has_field("List")) {
-        VORN_DEBUG_WARN(L"ID为空");
-        return false;
-    }
-    const web::json::array& partList = row.at("List").as_array();
-    if (partList.size() == 0) {
-        VORN_DEBUG_WARN(L"partList.size()为0");
-        return false;
-    }
-    for (const auto& part : partList)
-        product.components.push_back(ReadReference(part.as_object(), kListedComponent, *utils));
     return true;
 }
 

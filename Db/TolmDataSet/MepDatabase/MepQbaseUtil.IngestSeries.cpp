@@ -140,8 +140,10 @@ wstring FindTraySizeTable(CQbase& qb, short shape, short disciplineId) {
 /// A tray series names a shape; the size table of that shape is its parent. Without one the link stays.
 void WriteTrayLink(CQbase& qb, const wstring& id, short disciplineId, const object& element) {
     const wstring sizeTable = FindTraySizeTable(qb, jsonread::Short(element, "type"), disciplineId);
-    if (!sizeTable.empty() && qb.fetchEqualRec(schema::kMaterialSerie, id))
-        ingest::SetText(qb, schema::kSizeModuleId, sizeTable);
+    if (sizeTable.empty())
+        return;
+    ingest::FetchOrCreate(qb, schema::kMaterialSerie, id);
+    ingest::SetText(qb, schema::kSizeModuleId, sizeTable);
 }
 
 void WriteParentLink(CQbase& qb, const wstring& id, short mepType, short disciplineId, const object& element) {
