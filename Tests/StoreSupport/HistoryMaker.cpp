@@ -23,6 +23,11 @@ const std::vector<std::string> kOtherTables{"CircuitTemplate",      "Combination
                                             "Combination_16352020", "Combination_16352030", "BinaryTable"};
 constexpr unsigned kTrays = 3;
 
+/// The table or group that an id belongs to, once and for all: those of a pool share them out by their numbers.
+const std::string& Place(const std::string& id, const std::vector<std::string>& all) {
+    return all[std::stoul(id.substr(1)) % all.size()];
+}
+
 } // namespace
 
 HistoryStep HistoryMaker::First() {
@@ -197,7 +202,7 @@ nlohmann::json HistoryMaker::SystemTypeRow(const std::string& id, const std::str
     if (table == "ElectricalSystemType" && Chance(80))
         row["bindIDs"] = Ids("c", 10);
     if (table != "ElectricalSystemType" && Chance(80))
-        row["fittingIds"] = Ids("s", 8);
+        row["fittingIds"] = Ids("s", 7);
     return row;
 }
 
@@ -216,7 +221,7 @@ nlohmann::json HistoryMaker::CircuitRow(const std::string& id) {
             {"WireType", Id("c", 10)},
             {"WireSpec", "2.5"},
             {"WireCountStr", "3"},
-            {"ConduitType", Id("s", 8)},
+            {"ConduitType", Id("s", 7)},
             {"ConduitSizeDN", Below(100)},
             {"IsApply", Below(2)},
             {"LayingMode", "CC"}};
@@ -248,10 +253,10 @@ nlohmann::json HistoryMaker::EquipmentRow(const std::string& id) {
             {"SupplyAirTerminalDist1", 1200.5},
             {"SupplyAirTerminalDist2", Below(1000)},
             {"SupplyAirTerminalNumber", Below(5)},
-            {"SupplyDuctTypeId", Id("s", 8)},
+            {"SupplyDuctTypeId", Id("s", 7)},
             {"SupplyHoseLength", 800.25},
             {"ReturnSystemTypeId", Id("y", 6)},
-            {"ReturnDuctTypeId", Id("s", 8)},
+            {"ReturnDuctTypeId", Id("s", 7)},
             {"ReturnHoseLength", Below(900)}};
 }
 
@@ -278,13 +283,6 @@ bool HistoryMaker::Remove(HistoryStep& step, const std::string& space, const std
     return true;
 }
 
-std::string HistoryMaker::Place(const std::string& space, const std::string& id, const std::vector<std::string>& all) {
-    auto& place = m_places[space + "/" + id];
-    if (place.empty())
-        place = OneOf(all);
-    return place;
-}
-
 void HistoryMaker::Put(HistoryStep& step, const std::string& space, const std::string& table, json row) {
     const std::string key = space + "/" + row.at(table == "BinaryTable" ? "fileName" : "ID").get<std::string>();
     m_used.insert(key);
@@ -302,14 +300,14 @@ void HistoryMaker::ChangeConfig(HistoryStep& step) {
     const auto id = Id("c", 10);
     if (IsUsed("config", id) || Remove(step, "config", id))
         return;
-    Put(step, "config", "ConfigTree", ConfigRow(id, Place("config", id, kGroups)));
+    Put(step, "config", "ConfigTree", ConfigRow(id, Place(id, kGroups)));
 }
 
 void HistoryMaker::ChangeSerie(HistoryStep& step) {
-    const auto id = Id("s", 8);
+    const auto id = Id("s", 7);
     if (IsUsed("serie", id) || Remove(step, "serie", id))
         return;
-    const auto table = Place("serie", id, kSerieTables);
+    const auto& table = Place(id, kSerieTables);
     Put(step, "serie", table, SerieRow(id, table));
 }
 
@@ -317,7 +315,7 @@ void HistoryMaker::ChangeSystemType(HistoryStep& step) {
     const auto id = Id("y", 6);
     if (IsUsed("system", id) || Remove(step, "system", id))
         return;
-    const auto table = Place("system", id, kSystemTables);
+    const auto& table = Place(id, kSystemTables);
     Put(step, "system", table, SystemTypeRow(id, table));
 }
 

@@ -63,14 +63,11 @@ private:
     /// Removes a row that stands, in some of the cases; true when it did.
     bool Remove(HistoryStep& step, const std::string& space, const std::string& id);
     void Put(HistoryStep& step, const std::string& space, const std::string& table, json row);
-    /// The table or group that an id belongs to, once and for all.
-    std::string Place(const std::string& space, const std::string& id, const std::vector<std::string>& all);
     bool IsUsed(const std::string& space, const std::string& id) const;
 
     std::mt19937_64 m_engine;
     int m_counter = 0;
     std::map<std::string, std::string> m_standing; ///< id space and id to the table that has it
-    std::map<std::string, std::string> m_places;   ///< id space and id to its table, or its group in "ConfigTree"
     std::set<std::string> m_used;                  ///< ids of the step that is being made
 };
 

@@ -3,6 +3,7 @@
 #include "Vorn/Text.h"
 
 #include <cstdlib>
+#include <set>
 #include <vector>
 
 namespace tolmtest {
@@ -117,18 +118,18 @@ TEST_F(IncrementHistories, ASeedAlwaysGivesTheSameHistoryAndAnotherSeedAnotherOn
 }
 
 TEST_F(IncrementHistories, TheHistoriesPutAndRemoveRowsOfEveryTable) {
-    std::map<std::string, int> put;
-    std::map<std::string, int> removed;
+    std::set<std::string> put;
+    std::set<std::string> removed;
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
         for (const auto& step : MakeHistory(seed)) {
             for (const auto& [table, rows] : step.at("put").items())
-                put[table] += static_cast<int>(rows.size());
+                put.insert(table);
             for (const auto& [table, ids] : step.at("remove").items())
-                removed[table] += static_cast<int>(ids.size());
+                removed.insert(table);
         }
     }
     EXPECT_EQ(put.size(), 16U);
-    EXPECT_EQ(removed.size(), 16U);
+    EXPECT_EQ(removed, put);
 }
 
 // --- where a refresh and a full load are meant to differ -------------------------------------------------------------
