@@ -209,4 +209,9 @@ std::string Difference(const Facts& expected, const Facts& actual) {
     return out.str();
 }
 
+testing::AssertionResult Same(const Facts& expected, const Facts& actual) {
+    const auto difference = Difference(expected, actual);
+    return difference.empty() ? testing::AssertionSuccess() : testing::AssertionFailure() << "\n" << difference;
+}
+
 } // namespace tolmtest

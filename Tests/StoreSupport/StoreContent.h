@@ -3,6 +3,8 @@
 #include "Host/HostTypes.h"
 #include "Vorn/Files.h"
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <map>
 #include <string>
@@ -31,5 +33,7 @@ Facts FileFacts(const std::wstring& folder);
 
 /// What one has and the other has not, line by line; empty when both are the same.
 std::string Difference(const Facts& expected, const Facts& actual);
+/// True when both are the same; tells the difference otherwise.
+testing::AssertionResult Same(const Facts& expected, const Facts& actual);
 
 } // namespace tolmtest

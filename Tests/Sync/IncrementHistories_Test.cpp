@@ -68,7 +68,7 @@ private:
         EXPECT_TRUE(dataset.Pull());
         EXPECT_EQ(TakeNotifications(), kPulled);
         EXPECT_EQ(TakeLogLines(), std::vector<std::wstring>());
-        EXPECT_EQ(Difference(expected, dataset.Content()), "") << what << " version " << i + 1;
+        EXPECT_TRUE(Same(expected, dataset.Content())) << what << " version " << i + 1;
     }
 };
 
@@ -159,7 +159,7 @@ protected:
         EXPECT_TRUE(kept.Pull());
         auto fresh = Dataset(L"fresh");
         EXPECT_TRUE(fresh.Pull());
-        EXPECT_EQ(Difference(Expected(), fresh.Content()), "");
+        EXPECT_TRUE(Same(Expected(), fresh.Content()));
         return {kept.Content(), fresh.Content()};
     }
 };
@@ -204,7 +204,7 @@ TEST_F(KnownDifferences, AnElectricalSystemTypeLosesItsLastCableSinceTheServiceH
     bare["bindIDs"] = json::array();
     const auto both =
         PullAround({{"ElectricalSystemType", {linked}}}, {{"ElectricalSystemType", {bare}}}, json::object());
-    EXPECT_EQ(Difference(both.fresh, both.kept), "");
+    EXPECT_TRUE(Same(both.fresh, both.kept));
     EXPECT_FALSE(both.kept.contains("SYS/y/CableSpecTypeIds"));
 }
 
@@ -230,7 +230,7 @@ TEST_F(KnownDifferences, ACircuitTemplateThatDropsAKeyIsLostInBothWays) {
     EXPECT_TRUE(fresh.Pull());
     EXPECT_EQ(TakeDebugWarnings(),
               (Warnings{L"CircuitTemplate:下载回路模板失败", L"CircuitTemplate:下载回路模板失败"}));
-    EXPECT_EQ(Difference(fresh.Content(), kept.Content()), "");
+    EXPECT_TRUE(Same(fresh.Content(), kept.Content()));
     EXPECT_FALSE(fresh.Content().contains(key));
 }
 

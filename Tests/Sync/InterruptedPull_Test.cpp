@@ -56,14 +56,14 @@ protected:
         return line.AnswerBytes(call);
     }
 
-    void ExpectUntouched() { EXPECT_EQ(Difference(before, dataset.Content()), ""); }
+    void ExpectUntouched() { EXPECT_TRUE(Same(before, dataset.Content())); }
 
     void ExpectThatTheNextPullSucceeds() {
         OpenSessionAt(service.Address());
         TakeNotifications();
         EXPECT_TRUE(dataset.Pull());
         EXPECT_EQ(TakeNotifications(), kPulled);
-        EXPECT_EQ(Difference(Expected(), dataset.Content()), "");
+        EXPECT_TRUE(Same(Expected(), dataset.Content()));
     }
 
     HostedDataset dataset = Dataset(L"a");
@@ -118,7 +118,7 @@ TEST_F(InterruptedPull, AWorkUnitThatCannotBeAskedIsPassedOver) {
         OpenSessionAt(line.Address());
         EXPECT_TRUE(other.Pull());
         EXPECT_EQ(TakeNotifications(), kPulled);
-        EXPECT_EQ(Difference(Expected(), other.Content()), "");
+        EXPECT_TRUE(Same(Expected(), other.Content()));
     }
 }
 
@@ -134,7 +134,7 @@ TEST_F(InterruptedPull, AFirstLoadThatIsCutLeavesAnEmptyStoreThatTheNextPullFill
     EXPECT_EQ(StoreFacts(fresh.Path()), Facts());
     OpenSessionAt(service.Address());
     EXPECT_TRUE(fresh.Pull());
-    EXPECT_EQ(Difference(Expected(), fresh.Content()), "");
+    EXPECT_TRUE(Same(Expected(), fresh.Content()));
 }
 
 TEST_F(InterruptedPull, AServiceThatWasStartedAgainIsGoneOnWith) {

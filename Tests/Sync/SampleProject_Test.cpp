@@ -312,7 +312,7 @@ TEST_F(SampleProject, APulledDatasetIsExactlyWhatTheRowsSay) {
     EXPECT_TRUE(dataset.Pull());
     EXPECT_EQ(TakeNotifications(), kPulled);
     EXPECT_EQ(TakeLogLines(), std::vector<std::wstring>());
-    EXPECT_EQ(Difference(Expected(), dataset.Content()), "");
+    EXPECT_TRUE(Same(Expected(), dataset.Content()));
     ExpectThatLinksResolve(dataset.Content());
 }
 
@@ -335,7 +335,7 @@ TEST_F(SampleProject, SizeTablesReadThroughTheTablesAreTheirRows) {
     dataset.Api().CollectData(true, {std::begin(kSizeSlices), std::end(kSizeSlices)});
     const auto sizes = dataset.Api().GetSizeModuleData()->GetSizeList();
     EXPECT_EQ(sizes.size(), 128U);
-    EXPECT_EQ(Difference(SizesOf(tables.at("ConfigTree")), SizesOf(sizes)), "");
+    EXPECT_TRUE(Same(SizesOf(tables.at("ConfigTree")), SizesOf(sizes)));
 }
 
 TEST_F(SampleProject, MaterialsReadThroughTheTablesAreTheirRows) {
@@ -344,7 +344,7 @@ TEST_F(SampleProject, MaterialsReadThroughTheTablesAreTheirRows) {
     dataset.Api().CollectData(true, {std::begin(kMaterialSlices), std::end(kMaterialSlices)});
     const auto materials = dataset.Api().GetMaterialData()->GetMaterialList();
     EXPECT_EQ(materials.size(), 42U);
-    EXPECT_EQ(Difference(PipeMaterialsOf(tables.at("ConfigTree")), PipeMaterialsOf(materials)), "");
+    EXPECT_TRUE(Same(PipeMaterialsOf(tables.at("ConfigTree")), PipeMaterialsOf(materials)));
 }
 
 TEST_F(SampleProject, EachDuctTableHasAMaterialOfItsOwnUnderTheNameOfItsSeries) {
@@ -383,7 +383,7 @@ TEST_F(SampleProject, ASecondPullFindsNothingToDo) {
     TakeNotifications();
     EXPECT_FALSE(dataset.Pull());
     EXPECT_EQ(TakeNotifications(), kUpToDate);
-    EXPECT_EQ(Difference(before, dataset.Content()), "");
+    EXPECT_TRUE(Same(before, dataset.Content()));
 }
 
 /// The tray table that the first change removes: a refresh leaves it, a full load does not have it.
@@ -402,8 +402,8 @@ TEST_F(SampleProject, ChangesPulledOneByOneGiveWhatAFullLoadGivesButForTheRemove
         EXPECT_TRUE(dataset.Pull());
         auto fresh = Dataset(L"fresh after " + vorn::StringUtil::ToWString(change));
         EXPECT_TRUE(fresh.Pull());
-        EXPECT_EQ(Difference(Expected(), fresh.Content()), "");
-        EXPECT_EQ(Difference(fresh.Content(), WithoutRemovedTray(dataset.Content())), "");
+        EXPECT_TRUE(Same(Expected(), fresh.Content()));
+        EXPECT_TRUE(Same(fresh.Content(), WithoutRemovedTray(dataset.Content())));
         ExpectThatLinksResolve(fresh.Content());
     }
     EXPECT_EQ(version, 3);
@@ -416,7 +416,7 @@ TEST_F(SampleProject, BothChangesPulledAtOnceGiveWhatAFullLoadGivesButForTheRemo
     ApplySample("change-1.json");
     ApplySample("change-2.json");
     EXPECT_TRUE(dataset.Pull());
-    EXPECT_EQ(Difference(Expected(), WithoutRemovedTray(dataset.Content())), "");
+    EXPECT_TRUE(Same(Expected(), WithoutRemovedTray(dataset.Content())));
 }
 
 } // namespace

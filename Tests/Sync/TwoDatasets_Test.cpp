@@ -27,7 +27,7 @@ class TwoDatasets : public SyncFixture {
 protected:
     void OpenOn(const std::string& project) { service.OpenSession(project); }
     void ExpectContent(const HostedDataset& dataset, const std::string& project) {
-        EXPECT_EQ(Difference(Expected(project), dataset.Content()), "") << project;
+        EXPECT_TRUE(Same(Expected(project), dataset.Content())) << project;
     }
 };
 
@@ -65,7 +65,7 @@ TEST_F(TwoDatasets, OfOneProjectComeToTheSameByDifferentWays) {
         EXPECT_TRUE(often.Pull());
     }
     EXPECT_TRUE(seldom.Pull());
-    EXPECT_EQ(Difference(often.Content(), seldom.Content()), "");
+    EXPECT_TRUE(Same(often.Content(), seldom.Content()));
     ExpectContent(seldom, "P");
 }
 
@@ -88,7 +88,7 @@ TEST_F(TwoDatasets, StandUnderPathsWithBlanksAndChineseCharacters) {
     EXPECT_TRUE(chinese.Pull());
     EXPECT_TRUE(plain.Pull());
     ExpectContent(chinese, "P");
-    EXPECT_EQ(Difference(plain.Content(), chinese.Content()), "");
+    EXPECT_TRUE(Same(plain.Content(), chinese.Content()));
 }
 
 } // namespace
