@@ -6,6 +6,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tolm {
@@ -39,7 +40,7 @@ public:
     virtual ~ITolmCategoryInfoUtils();
     /// Fills the map with the disciplines under their ids. False when they cannot be read.
     virtual bool ReadDisciplineList(std::map<std::wstring, vorn::OwnerPtr<ITolmDisciplineInfo>>& disciplines) = 0;
-    /// Codes of the categories without a parent, in their order.
+    /// Codes of the categories without a parent that is known, in their order.
     virtual std::vector<std::wstring> GetRootCategoryCodes() = 0;
     /// The category of this code with all below it; empty when the code is unknown.
     virtual vorn::OwnerPtr<ITolmCategoryInfo> GetCategoryInfo(const std::wstring& code) = 0;
@@ -50,7 +51,7 @@ public:
     virtual const ITolmCategoryInfo* FindCategoryInfo(const std::wstring& code) = 0;
 };
 
-/// Holds the category service of the process.
+/// Holds the category service of the process. Used from one thread at a time.
 class TOLM_PLATFORM_API TolmCategoryInfoUtilsHandler {
 public:
     static TolmCategoryInfoUtilsHandler& Get();
@@ -64,9 +65,10 @@ private:
     vorn::OwnerPtr<ITolmCategoryInfoUtils> m_utils;
 };
 
-/// The default category service: reads the categories of the component database at `componentFilePath`, once, when
-/// it is first asked.
-TOLM_PLATFORM_API vorn::OwnerPtr<ITolmCategoryInfoUtils>
-CreateCategoryInfoUtils(const std::wstring& componentFilePath);
+/// The default category service: reads the disciplines and categories of the component database at
+/// `componentFilePath` with one query each, when it is first asked, and keeps them. While the file cannot be read it
+/// knows nothing and tries again at the next call. Parent links that run in a circle are cut where they close. Used
+/// from one thread at a time.
+TOLM_PLATFORM_API vorn::OwnerPtr<ITolmCategoryInfoUtils> CreateCategoryInfoUtils(const std::wstring& componentFilePath);
 
 } // namespace tolm

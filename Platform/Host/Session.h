@@ -12,9 +12,9 @@ namespace tolm {
 class TOLM_PLATFORM_API CollaborationProjectSettingForPS {
 public:
     struct Settings {
-        std::wstring httpServer;       ///< scheme, host and port of the service, without a path
-        std::wstring workingProjectId; ///< empty when no project is open
-        std::wstring workingDatasetId; ///< work unit; empty when none is open
+        std::wstring httpServer{};       ///< scheme, host and port of the service, without a path
+        std::wstring workingProjectId{}; ///< empty when no project is open
+        std::wstring workingDatasetId{}; ///< work unit; empty when none is open
         int requestTimeOut = 30'000'000; ///< microseconds
     };
 

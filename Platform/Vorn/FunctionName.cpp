@@ -32,7 +32,7 @@ private:
         if (SkipAny(kAnonymousNamespaces))
             return;
         if (StartsAny(kLambdas))
-            m_done = true;
+            TakeLambda();
         else if (IsWord(Peek()))
             TakeWord();
         else if (StartsWith("::"))
@@ -64,6 +64,13 @@ private:
         m_word += m_text.substr(start, m_at - start);
     }
 
+    /// The function around a lambda has had its parameters; without one, the lambda stands for itself.
+    void TakeLambda() {
+        m_done = true;
+        if (!m_inFunction)
+            m_word = "lambda";
+    }
+
     void TakeScope() {
         m_at += 2;
         FinishWord();
@@ -81,6 +88,7 @@ private:
             m_word.clear();
             return;
         }
+        m_inFunction = true;
         const std::size_t scope = ScopeBehindQualifiers();
         m_done = scope == std::string_view::npos;
         m_at = m_done ? m_at : scope;
@@ -152,6 +160,7 @@ private:
     std::string_view m_text;
     std::size_t m_at = 0;
     bool m_done = false;
+    bool m_inFunction = false;
     std::string m_word;
     std::vector<std::string> m_scopes;
 };

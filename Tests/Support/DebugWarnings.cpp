@@ -30,28 +30,30 @@ std::vector<vorn::DebugWarning> TakeWarnings() {
     return std::exchange(g_warnings, {});
 }
 
+void SetHandlers() {
+    vorn::DebugMessageMgr::GetDebugMessageMgr()->SetHandler([](const vorn::DebugWarning& warning) {
+        const std::lock_guard lock(g_mutex);
+        g_warnings.push_back(warning);
+    });
+    vorn::NotificationUtils::SetHandler([](vorn::NotificationTypes type, const std::wstring& text, const auto&) {
+        const std::lock_guard lock(g_mutex);
+        g_notifications.push_back({static_cast<int>(type), text});
+    });
+    vorn::LogManager::SetSink([](const std::wstring& line) {
+        const std::lock_guard lock(g_mutex);
+        g_logLines.push_back(line);
+    });
+}
+
 class Listener : public testing::EmptyTestEventListener {
-    void OnTestProgramStart(const testing::UnitTest&) override {
-        vorn::DebugMessageMgr::GetDebugMessageMgr()->SetHandler([](const vorn::DebugWarning& warning) {
-            const std::lock_guard lock(g_mutex);
-            g_warnings.push_back(warning);
-        });
-        vorn::NotificationUtils::SetHandler([](vorn::NotificationTypes type, const std::wstring& text, const auto&) {
-            const std::lock_guard lock(g_mutex);
-            g_notifications.push_back({static_cast<int>(type), text});
-        });
-        vorn::LogManager::SetSink([](const std::wstring& line) {
-            const std::lock_guard lock(g_mutex);
-            g_logLines.push_back(line);
-        });
-    }
+    void OnTestProgramStart(const testing::UnitTest&) override { SetHandlers(); }
 
     void OnTestStart(const testing::TestInfo&) override { ForgetAll(); }
 
     void OnTestEnd(const testing::TestInfo&) override {
         for (const auto& warning : TakeWarnings()) {
-            ADD_FAILURE_AT(warning.file.c_str(), warning.line)
-                << "unexpected debug warning: " << warning.function << ": " << vorn::StringUtil::ToString(warning.message);
+            ADD_FAILURE_AT(warning.file.c_str(), warning.line) << "unexpected debug warning: " << warning.function
+                                                               << ": " << vorn::StringUtil::ToString(warning.message);
         }
     }
 };
@@ -80,6 +82,16 @@ std::vector<Notification> TakeNotifications() {
 std::vector<std::wstring> TakeLogLines() {
     const std::lock_guard lock(g_mutex);
     return std::exchange(g_logLines, {});
+}
+
+WithoutHandlers::WithoutHandlers() {
+    vorn::DebugMessageMgr::GetDebugMessageMgr()->SetHandler(nullptr);
+    vorn::NotificationUtils::SetHandler(nullptr);
+    vorn::LogManager::SetSink(nullptr);
+}
+
+WithoutHandlers::~WithoutHandlers() {
+    SetHandlers();
 }
 
 void PrintTo(const Notification& notification, std::ostream* out) {

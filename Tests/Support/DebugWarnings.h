@@ -31,4 +31,13 @@ std::vector<Notification> TakeNotifications();
 /// The log lines since the start of the test or the last call.
 std::vector<std::wstring> TakeLogLines();
 
+/// For the time of its life no handler and no log sink is set, as in a host that sets none.
+class WithoutHandlers {
+public:
+    WithoutHandlers();
+    ~WithoutHandlers();
+    WithoutHandlers(const WithoutHandlers&) = delete;
+    WithoutHandlers& operator=(const WithoutHandlers&) = delete;
+};
+
 } // namespace tolmtest

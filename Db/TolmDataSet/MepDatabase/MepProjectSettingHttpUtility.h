@@ -32,10 +32,22 @@ public:
     bool GetCloudSystemChangeData(wstring workunitId, web::json::value& data);
     bool ReadProjectTemplateRowKey(wstring projectId, wstring& rowKey);
     bool ApplyDefaultProjectSettingTemplate(wstring projectId);
-    bool SendUpdateSettingDataInfo(wstring projectId, wstring workunitId, std::vector<wstring> dataIds,
-                                   int dataStatus);
+    bool SendUpdateSettingDataInfo(wstring projectId, wstring workunitId, std::vector<wstring> dataIds, int dataStatus);
 
     const wstring& UserId() const { return m_userId; }
+
+    /// Names of the service's tables.
+    static wstring CircuitTemplateTable();
+    static wstring ConfigTreeTable();
+    static wstring PipeTypeTable();
+    static wstring HVACPipeTypeTable();
+    static wstring DuctTypeTable();
+    static wstring ConduitFittingsTypeTable();
+    static wstring CableTrayFittingsTypeTable();
+    static wstring PipeSystemTypeTable();
+    static wstring HVACPipeSystemTypeTable();
+    static wstring DuctSystemTypeTable();
+    static wstring ElectricalSystemTypeTable();
 
 private:
     TolmProjectSettingHttpUtility() = default;

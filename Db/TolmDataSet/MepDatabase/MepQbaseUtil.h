@@ -20,6 +20,8 @@ namespace tolm {
 
 class IProjectSettingMaterial;
 class IProjectSettingSizeModule;
+class MaterialCache;
+class StoreFrame;
 
 /// The one class through which the library touches the local store.
 ///
@@ -42,7 +44,7 @@ public:
     bool ResetQbase(CQbase* qb);
     bool ResetQbaseCategory(CQbase* qb, const char* classCode);
 
-    // --- materials and size modules (MepQbaseUtil.Materials.cpp) ---------------------------------------------------
+    // --- materials and size modules (MepQbaseUtil.Materials.cpp, .SizeModules.cpp) ----------------------------------
     bool ReadMaterialList(wstring filePath, wstring ddqFilePath, TolmProjectSettingMEPObjectType mepType,
                           MEPDisciplineId disciplineId, std::vector<vorn::OwnerPtr<IProjectSettingMaterial>>& list);
     bool ReadMaterial(wstring filePath, wstring ddqFilePath, wstring id,
@@ -51,8 +53,7 @@ public:
     bool DeleteMaterialList(wstring filePath, wstring ddqFilePath,
                             std::vector<const IProjectSettingMaterial*> materialList);
     bool ReadSizeModuleList(wstring filePath, wstring ddqFilePath, TolmProjectSettingMEPObjectType mepType,
-                            MEPDisciplineId disciplineId,
-                            std::vector<vorn::OwnerPtr<IProjectSettingSizeModule>>& list);
+                            MEPDisciplineId disciplineId, std::vector<vorn::OwnerPtr<IProjectSettingSizeModule>>& list);
     bool ReadSizeModuleList(wstring filePath, wstring ddqFilePath, TolmProjectSettingMEPObjectType mepType,
                             wstring materialId, vorn::OwnerPtr<IProjectSettingSizeModule>& module);
     bool WriteSizeModule(wstring filePath, wstring ddqFilePath, const IProjectSettingSizeModule* newSize);
@@ -78,15 +79,16 @@ public:
                            RecoverDataInfo* recoverInfo);
     int GetCloudVersion(wstring projectId);
 
-    // --- ingest (MepQbaseUtil.Ingest*.cpp) ------------------------------------------------------------------------------
+    // --- ingest (MepQbaseUtil.Ingest*.cpp)
+    // ------------------------------------------------------------------------------
     void SyncPipeSizeTableItem(CQbase* qb, short disciplineId, const web::json::value& element);
     bool SyncSizeTableExceptPipeAndGroupTableItem(CQbase* qb, wstring groupName, const wchar_t* id,
                                                   web::json::value element);
     bool SyncMaterialSerie(web::json::value element, CQbase* qb, short mepType, short disciplineId);
     bool SyncDeletedMaterialSerie(const web::json::object& del, CQbase* qb, wstring key);
     bool SyncSystemTypes(CQbase* qb, short mepType, short disciplineId, std::vector<web::json::value> elements);
-    bool SyncRecoveredSystemTypes(CQbase* qb, short mepType, short disciplineId,
-                                  std::vector<web::json::value> elements, std::map<wstring, bool>& createdIds);
+    bool SyncRecoveredSystemTypes(CQbase* qb, short mepType, short disciplineId, std::vector<web::json::value> elements,
+                                  std::map<wstring, bool>& createdIds);
     bool SyncDeletedSystemType(const web::json::object& del, CQbase* qb, wstring key);
     bool AddOtherContent(const web::json::object& add, CQbase* qb, wstring combinedProductFilePath,
                          wstring binaryFileFolder);
@@ -94,7 +96,8 @@ public:
                             wstring binaryFileFolder);
     bool GetCombinedProductFromJson(wstring categoryCode, web::json::value element, TolmCombinedProduct& product);
 
-    // --- name repair and recovery (MepQbaseUtil.NameRepair.cpp, MepQbaseUtil.Recovery.cpp) ------------------------------
+    // --- name repair and recovery (MepQbaseUtil.NameRepair.cpp, MepQbaseUtil.Recovery.cpp)
+    // ------------------------------
     bool FindAndRenameDuplicatedItems(std::vector<wstring> cloudAdded, std::vector<wstring> cloudModified,
                                       std::vector<wstring> localCreated, std::vector<wstring> localEdited, CQbase* qb,
                                       const char* classCode, short mepType, short disciplineId, bool reportMissing);
@@ -107,15 +110,22 @@ private:
     MepQbaseUtil() = default;
     ~MepQbaseUtil() = default;
 
+    /// The same, materials that `materials` holds are not read again.
+    bool read_sizemodule_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingSizeModule>& retSizeModule,
+                             MaterialCache& materials);
+
     /// Opens and locks a store. False when a path is empty, the store will not open or the lock is not to be had.
     bool OpenQbase(wstring filePath, wstring ddqFilePath, CQbase* qb, bool forUpdate, bool create);
 
-    /// Notes a change of one record in the status store beside `filePath`.
+    /// Notes a change of one record in the status store beside `filePath`, in a commit of its own. False when the
+    /// status store does not open or its change is not on disk. An operation that has the data store open notes the
+    /// change through a `StoreFrame` or a `StatusCompanion` in the same commit.
     bool RecordLocalChange(wstring filePath, wstring ddqFilePath, const char* classCode, wstring id, int status,
                            short mepType, short disciplineId);
 
     std::vector<wstring> m_recoveredSystemTypeIds;
 
+    friend class StoreFrame;
     friend struct MepQbaseUtilTestAccess;
 };
 

@@ -79,7 +79,15 @@ enum class Phase : std::int32_t { Single = 0, L1 = 1, L2 = 2, L3 = 3, Three = 4 
 enum class PreferredJunctionType : std::int32_t { Tee = 0, Tap = 1 };
 
 /// What a fitting is. The numbers are those of the routing groups that the service's rows use.
-enum class FittingPartType : std::int32_t { Undefined = 0, Elbow = 1, Tee = 2, Cross = 3, Transition = 4, Union = 5, Cap = 6 };
+enum class FittingPartType : std::int32_t {
+    Undefined = 0,
+    Elbow = 1,
+    Tee = 2,
+    Cross = 3,
+    Transition = 4,
+    Union = 5,
+    Cap = 6
+};
 /// Which routing rule a fitting serves.
 enum class RoutingPreferenceRuleGroupType : std::int32_t {
     Undefined = 0,

@@ -68,8 +68,8 @@ struct ITolmProjectSettingFittingComponentConst {
 
 /// Which system types a host wants back although the cloud removed them.
 struct RecoverDataInfo {
-    bool recovered = false;            ///< set when at least one was taken back in
-    std::map<wstring, wstring> idMap;  ///< keys: the wanted record ids; the values are the host's own
+    bool recovered = false;           ///< set when at least one was taken back in
+    std::map<wstring, wstring> idMap; ///< keys: the wanted record ids; the values are the host's own
 };
 
 } // namespace tolm

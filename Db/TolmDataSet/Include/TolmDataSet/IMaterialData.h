@@ -1,0 +1,33 @@
+#pragma once
+
+#include "TolmDataSet/IProjectSettingMaterial.h"
+
+#include <vector>
+
+namespace tolm {
+
+/// The table of materials. Every edit goes to the store first and to the list second; a failed write is a debug
+/// warning of the store and does not keep the record out of the list. Records are keyed by their identifier, exactly.
+/// The table owns its records: what the getter lends is valid until the record is replaced or deleted, or the table
+/// is reset. Used from one thread at a time.
+class TOLM_DATASET_API IMaterialData {
+public:
+    virtual ~IMaterialData();
+    /// Releases all records; the store and the paths stay as they are.
+    virtual void reset() = 0;
+    /// The records in order; the store is not read. An empty entry is left out with a debug warning.
+    virtual std::vector<const IProjectSettingMaterial*> GetMaterialList() const = 0;
+    /// Writes the material and takes it into the list, in place of one with the same identifier or else at the end.
+    /// An empty owner is a debug warning and no change.
+    virtual void AddMaterial(vorn::OwnerPtr<IProjectSettingMaterial> pNewMaterial) = 0;
+    /// Writes a material that the caller keeps; the list is not touched.
+    virtual void AddMaterialToDB(const IProjectSettingMaterial* pMaterial) = 0;
+    /// Deletes the materials in the store and then in the list. The pointers may be the table's own; a null pointer
+    /// is a debug warning, an unknown identifier nothing.
+    virtual void DeleteMaterialList(std::vector<const IProjectSettingMaterial*> materialList) = 0;
+    /// Keeps the two paths and appends what the store holds of the slice. A slice of another table reads nothing.
+    virtual void CollectDesignData(wstring datasetFilePath, wstring componentFilePath,
+                                   TolmProjectSettingTableId tableId) = 0;
+};
+
+} // namespace tolm

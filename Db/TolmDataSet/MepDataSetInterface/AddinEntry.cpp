@@ -1,0 +1,5 @@
+#include "TolmDataSet/AddinEntry.h"
+
+void InitializeAddin() {}
+
+void UnInitializeAddin() {}

@@ -1,0 +1,123 @@
+#include "MepDataSetInterface/TolmProject.h"
+#include "Host/Definitions.h"
+#include "MepDataSetInterface/AvailableLater.h"
+#include "MepDataSetInterface/TableLists.h"
+#include "MepDatabase/MepQbaseUtil.h"
+
+#include <algorithm>
+
+namespace tolm {
+namespace {
+
+/// The records by identifier; the first of an identifier counts, an empty entry is left out and reported.
+template <class T> IdMap<T> ById(RecordList<T> list, const CallSite& site, const wchar_t* emptyEntry) {
+    IdMap<T> records;
+    for (auto& record : list) {
+        if (!record) {
+            site.Warn(emptyEntry);
+            continue;
+        }
+        records.try_emplace(record->GetId(), std::move(record));
+    }
+    return records;
+}
+
+/// The first module with this duct shape, or of any where the shape is `None`; empty when there is none.
+vorn::OwnerPtr<IProjectSettingSizeModule> TakeFirst(RecordList<IProjectSettingSizeModule>& list, SectionType shape,
+                                                    const CallSite& site) {
+    if (shape == SectionType::None)
+        return list.empty() ? vorn::OwnerPtr<IProjectSettingSizeModule>() : std::move(list.front());
+    for (auto& module : list) {
+        if (!module)
+            site.Warn(L"retSizeList[i]为空");
+        else if (module->GetDuctShape() == shape)
+            return std::move(module);
+    }
+    return {};
+}
+
+template <class Row> std::vector<float> Column(const std::vector<Row>& rows, float Row::*field) {
+    std::vector<float> values(rows.size());
+    std::ranges::transform(rows, values.begin(), field);
+    return values;
+}
+
+} // namespace
+
+IdMap<IProjectSettingMaterial> TolmDataset::GetAvailableMaterialList(TolmProjectSettingMEPObjectType objectType,
+                                                                     MEPDisciplineId discipline) {
+    RecordList<IProjectSettingMaterial> list;
+    MepQbaseUtil::GetInstance()->ReadMaterialList(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath, objectType,
+                                                  discipline, list);
+    return ById(std::move(list), TOLM_CALL_SITE, L"materialList[i]为空");
+}
+
+IdMap<IProjectSettingSizeModule> TolmDataset::GetAvailableSizeModuleList(TolmProjectSettingMEPObjectType objectType,
+                                                                         MEPDisciplineId discipline) {
+    RecordList<IProjectSettingSizeModule> list;
+    MepQbaseUtil::GetInstance()->ReadSizeModuleList(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath, objectType,
+                                                    discipline, list);
+    return ById(std::move(list), TOLM_CALL_SITE, L"sizeList[i]为空");
+}
+
+vorn::OwnerPtr<IProjectSettingSizeModule> TolmDataset::GetSizeModule(TolmProjectSettingMEPObjectType objectType,
+                                                                     MEPDisciplineId discipline, wstring serieId,
+                                                                     SectionType sectionType) {
+    const wstring templatePath = DataSetFilePath::TOLMDDQFilePath;
+    vorn::OwnerPtr<IProjectSettingSizeModule> found;
+    if (!serieId.empty()) {
+        MepQbaseUtil::GetInstance()->ReadSizeModuleList(m_datasetFilePath, templatePath, objectType, serieId, found);
+    } else {
+        RecordList<IProjectSettingSizeModule> list;
+        MepQbaseUtil::GetInstance()->ReadSizeModuleList(m_datasetFilePath, templatePath, objectType, discipline, list);
+        found = TakeFirst(list, sectionType, TOLM_CALL_SITE);
+    }
+    return found ? std::move(found) : IProjectSettingSizeModule::Create();
+}
+
+std::vector<float> TolmDataset::GetAvailableSizeList(TolmProjectSettingMEPObjectType objectType,
+                                                     MEPDisciplineId discipline, wstring serieId,
+                                                     SectionType sectionType) {
+    const auto module = GetSizeModule(objectType, discipline, std::move(serieId), sectionType);
+    if (!module)
+        return {};
+    switch (module->GetMEPType()) {
+    case TolmProjectSettingMEPObjectType::Pipe:
+    case TolmProjectSettingMEPObjectType::Conduit:
+        return Column(module->GetPipeSizeList(), &ProjectSettingPipeSize::nominalDiameter);
+    case TolmProjectSettingMEPObjectType::Duct:
+    case TolmProjectSettingMEPObjectType::CableTray:
+        return Column(module->GetDuctSizeList(), &ProjectSettingDuctSize::size);
+    default:
+        return {};
+    }
+}
+
+const std::map<MEPSystemClassification, wstring>&
+TolmDataset::GetAvailableSystemClassificationList(MEPDisciplineId discipline) {
+    return MEPSystemClassificationDefinition::GetAvailableSystemClassificationList(discipline);
+}
+
+IdMap<IProjectSettingMEPMaterialSerie> TolmDataset::GetAvailableMEPMaterialSerieList(TolmProjectSettingMEPObjectType,
+                                                                                     MEPDisciplineId) {
+    VORN_DEBUG_WARN(kAvailableLater);
+    return {};
+}
+
+bool TolmDataset::GetAvailableConnectionList(TolmProjectSettingMEPObjectType, std::map<MEPConnectorType, wstring>&,
+                                             IdMap<IProjectSettingConnectionSerie>&) {
+    VORN_DEBUG_WARN(kAvailableLater);
+    return false;
+}
+
+void TolmDataset::GetSystemTypeNameIDs(std::vector<std::map<wstring, wstring>>&) {
+    VORN_DEBUG_WARN(kAvailableLater);
+}
+
+bool TolmDataset::GetMEPSerieRecordGuidListOfSystemType(std::vector<wstring>,
+                                                        std::map<wstring, std::vector<wstring>>&) {
+    VORN_DEBUG_WARN(kAvailableLater);
+    return false;
+}
+
+} // namespace tolm

@@ -1,0 +1,84 @@
+#include "MepDataSetInterface/TolmProject.h"
+#include "MepDataSetInterface/AvailableLater.h"
+#include "Vorn/DebugMessage.h"
+
+#include <utility>
+
+namespace tolm {
+
+bool TolmDataset::ReadDisciplineList(IdMap<ITolmDisciplineInfo>& disciplines) {
+    ITolmCategoryInfoUtils* const pInfoUtils = TolmCategoryInfoUtilsHandler::Get().GetUtils();
+    if (pInfoUtils == nullptr) {
+        VORN_DEBUG_WARN(L"pInfoUtils为空！");
+        return false;
+    }
+    return pInfoUtils->ReadDisciplineList(disciplines);
+}
+
+std::vector<vorn::OwnerPtr<ITolmProjectSettingComponent>>
+TolmDataset::GetProjectProductList(wstring categoryCode, std::map<wstring, wstring>& conditions, bool flag) {
+    std::vector<vorn::OwnerPtr<ITolmProjectSettingComponent>> products;
+    ITolmCategoryInfoUtils* const pInfoUtils = TolmCategoryInfoUtilsHandler::Get().GetUtils();
+    if (pInfoUtils == nullptr) {
+        VORN_DEBUG_WARN(L"pInfoUtils为空！");
+        return products;
+    }
+    const auto category = pInfoUtils->GetCategoryInfo(categoryCode);
+    if (category)
+        TolmComponentSqlUtil::ReadComponentListWithCondition(m_componentFilePath, category.get(), conditions, products,
+                                                             flag);
+    return products;
+}
+
+std::map<wstring, std::vector<vorn::OwnerPtr<ITolmProjectSettingComponent>>>
+TolmDataset::GetProjectProductList(std::vector<wstring> categoryCodes) {
+    std::vector<vorn::OwnerPtr<ITolmCategoryInfo>> owners;
+    std::vector<const ITolmCategoryInfo*> categories;
+    for (const auto& code : categoryCodes) {
+        ITolmCategoryInfoUtils* const pInfoUtils = TolmCategoryInfoUtilsHandler::Get().GetUtils();
+        if (pInfoUtils == nullptr) {
+            VORN_DEBUG_WARN(L"pInfoUtils为空！");
+            return {};
+        }
+        auto category = pInfoUtils->GetCategoryInfo(code);
+        if (!category)
+            continue;
+        categories.push_back(category.get());
+        owners.push_back(std::move(category));
+    }
+    std::map<wstring, std::vector<vorn::OwnerPtr<ITolmProjectSettingComponent>>> products;
+    if (!categories.empty())
+        TolmComponentSqlUtil::ReadComponentList(m_componentFilePath, categories, products, true);
+    return products;
+}
+
+std::map<int, vorn::OwnerPtr<ITolmProjectSettingComponent>>
+TolmDataset::GetOneProjectProduct(const ITolmCategoryInfo* category, __int64 id, std::vector<int> numbers) {
+    if (category == nullptr) {
+        VORN_DEBUG_WARN(L"pCategory为空");
+        return {};
+    }
+    return TolmComponentSqlUtil::ReadOneComponent(m_componentFilePath, category, id, numbers);
+}
+
+bool TolmDataset::UpdateAllComponentId(std::map<wstring, wstring>& componentIds,
+                                       std::map<wstring, wstring>& componentTypeIds) {
+    return TolmComponentSqlUtil::UpdateAllComponentId(m_componentFilePath, componentIds, componentTypeIds);
+}
+
+bool TolmDataset::AddCombinedComponents(wstring, std::vector<TolmCombinedProduct>) {
+    VORN_DEBUG_WARN(kAvailableLater);
+    return false;
+}
+
+bool TolmDataset::RemoveCombinedComponents(wstring, wstring, std::vector<wstring>) {
+    VORN_DEBUG_WARN(kAvailableLater);
+    return false;
+}
+
+bool TolmDataset::ReplaceFittingComponentId(std::map<wstring, wstring>) {
+    VORN_DEBUG_WARN(kAvailableLater);
+    return false;
+}
+
+} // namespace tolm

@@ -1,0 +1,128 @@
+#include "MepDatabase/BinaryFiles.h"
+
+#include "Host/Definitions.h"
+#include "Host/Session.h"
+#include "MepDatabase/DatasetPaths.h"
+#include "Qbase/Qbase.h"
+#include "Vorn/Files.h"
+#include "Vorn/Text.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+
+namespace tolm {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kLongestName = 255; // bytes
+constexpr std::wstring_view kForbidden = L"/\\:*?\"<>|";
+constexpr const wchar_t* kDevices[] = {L"CON",  L"PRN",  L"AUX",  L"NUL",  L"CONIN$", L"CONOUT$", L"COM0",
+                                       L"COM1", L"COM2", L"COM3", L"COM4", L"COM5",   L"COM6",    L"COM7",
+                                       L"COM8", L"COM9", L"LPT0", L"LPT1", L"LPT2",   L"LPT3",    L"LPT4",
+                                       L"LPT5", L"LPT6", L"LPT7", L"LPT8", L"LPT9"};
+/// What a database file has beside it while it is in use.
+constexpr const wchar_t* kDatabaseSuffixes[] = {L"", L"-journal", L"-wal", L"-shm"};
+
+bool IsForbidden(wchar_t character) {
+    return character < L' ' || character == L'\x7F' || kForbidden.find(character) != std::wstring_view::npos;
+}
+
+bool SameName(const wstring& a, const wstring& b) {
+    return vorn::StrICmp(a.c_str(), b.c_str()) == 0;
+}
+
+/// A device keeps its meaning with any extension.
+bool IsDevice(const wstring& name) {
+    wstring stem = name.substr(0, name.find(L'.'));
+    stem.erase(stem.find_last_not_of(L' ') + 1);
+    return std::any_of(std::begin(kDevices), std::end(kDevices),
+                       [&](const wchar_t* device) { return SameName(stem, device); });
+}
+
+fs::path Native(const wstring& path) {
+    return fs::path(vorn::FileSystem::ToNative(path));
+}
+
+bool IsSamePlace(const fs::path& a, const fs::path& b) {
+    std::error_code error;
+    return fs::equivalent(a, b, error) || a.lexically_normal() == b.lexically_normal();
+}
+
+fs::path FolderOf(const fs::path& file) {
+    return file.has_parent_path() ? file.parent_path() : fs::path(".");
+}
+
+bool IsFile(const fs::path& path, const wstring& name, const wstring& hostFile) {
+    const fs::path other = Native(hostFile);
+    return IsSamePlace(path, other) || (SameName(name, vorn::StringUtil::ToWString(other.filename().string())) &&
+                                        IsSamePlace(FolderOf(path), FolderOf(other)));
+}
+
+/// Asked through the object database: to open a store past it and close it again drops the process's locks.
+bool IsStore(const wstring& path) {
+    CQbase file;
+    if (file.openDatabase(DataSetFilePath::TOLMDDQFilePath, path, false))
+        return true;
+    const auto error = static_cast<QbaseError>(file.getLastError());
+    return error == QbaseError::Locked || error == QbaseError::NewerVersion;
+}
+
+[[noreturn]] void Refuse() {
+    throw std::runtime_error("The name is not that of a file that the cloud may change");
+}
+
+} // namespace
+
+bool IsPlainFileName(const wstring& name) {
+    if (name.empty() || name.back() == L'.' || name.back() == L' ' || name.front() == L' ')
+        return false;
+    if (vorn::StringUtil::ToString(name).size() > kLongestName || IsDevice(name))
+        return false;
+    return std::none_of(name.begin(), name.end(), IsForbidden);
+}
+
+BinaryFileFolder::BinaryFileFolder(const wstring& folder, const wstring& combinedProductFilePath) : m_folder(folder) {
+    const wstring dataset = TolmFilePathSettings::GetCurrentDatasetFilePath();
+    const DatasetPaths companions = DatasetPaths::Of(dataset);
+    for (const wstring& file : {dataset, companions.status, companions.temporary, companions.temporaryStatus,
+                                combinedProductFilePath, DataSetFilePath::TOLMDDQFilePath})
+        if (!file.empty())
+            for (const wchar_t* suffix : kDatabaseSuffixes)
+                m_hostFiles.push_back(file + suffix);
+}
+
+wstring BinaryFileFolder::PathOf(const wstring& name) const {
+    if (m_folder.empty() || !IsPlainFileName(name))
+        Refuse();
+    const wstring path = m_folder + L"\\" + name;
+    const fs::path native = Native(path);
+    std::error_code error;
+    const fs::file_status status = fs::symlink_status(native, error);
+    if (fs::exists(status) && !fs::is_regular_file(status))
+        Refuse();
+    if (std::any_of(m_hostFiles.begin(), m_hostFiles.end(),
+                    [&](const wstring& file) { return IsFile(native, name, file); }))
+        Refuse();
+    if (fs::exists(status) && IsStore(path))
+        Refuse();
+    return path;
+}
+
+void BinaryFileFolder::Write(const wstring& name, const std::string& bytes) const {
+    const wstring path = PathOf(name);
+    if (!vorn::FileSystem::CreateDirectories(m_folder) ||
+        !vorn::FileUtility::SaveInBinaryMode(path, bytes.data(), bytes.size(), false))
+        throw std::runtime_error("The file cannot be written");
+}
+
+void BinaryFileFolder::Remove(const wstring& name) const {
+    if (!vorn::FileSystem::RemoveFile(PathOf(name)))
+        throw std::runtime_error("The file cannot be removed");
+}
+
+} // namespace tolm

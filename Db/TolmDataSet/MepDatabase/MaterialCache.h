@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Qbase/Qbase.h"
+#include "TolmDataSet/IProjectSettingSizeModule.h"
+#include "Vorn/OwnerPtr.h"
+
+#include <unordered_map>
+
+namespace tolm {
+
+/// The materials that one operation has read already, since many size modules share few of them. It lives no longer
+/// than one open of the store, and only while that operation changes no material.
+class MaterialCache {
+public:
+    /// Gives `module`, the current record of its class, a copy of the material under the same identifier. A material
+    /// that the store does not have gives none. False when the factory made none. The current record stays.
+    bool GiveTo(CQbase& qb, const wstring& materialId, IProjectSettingSizeModule& module);
+
+private:
+    /// An id without a record stands for a material that the store does not have.
+    std::unordered_map<wstring, vorn::OwnerPtr<IProjectSettingMaterial>> m_materials;
+};
+
+} // namespace tolm

@@ -1,0 +1,184 @@
+#include "MepDatabase/MepProjectSettingHttpUtility.h"
+
+#include "Host/Session.h"
+#include "MepDatabase/CloudFrame.h"
+#include "MepDatabase/WireText.h"
+#include "Vorn/DebugMessage.h"
+
+#include <cpprest/http_client.h>
+#include <cpprest/http_msg.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <stdexcept>
+
+namespace tolm {
+namespace {
+
+using web::http::http_request;
+using web::http::client::http_client;
+using web::http::client::http_client_config;
+
+/// The value on the wire. A control character would end the header and begin another: such a value is refused, and
+/// the exception does not repeat it.
+std::string HeaderValue(const wstring& value) {
+    std::string text = ToWire(value);
+    const auto isControl = [](unsigned char c) { return (c < 0x20 && c != '\t') || c == 0x7F; };
+    if (std::any_of(text.begin(), text.end(), isControl))
+        throw std::invalid_argument("a session header holds a control character");
+    return text;
+}
+
+http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint) {
+    http_client_config config;
+    config.set_max_redirects(0);
+    if (endpoint.timeOut == CloudEndpoint::TimeOut::Configured)
+        config.set_timeout(std::chrono::microseconds(std::int64_t{client.GetRequestTimeOut()}));
+    return config;
+}
+
+http_client ClientFor(TolmProjectSettingHttpUtility& client, const CloudCall& call) {
+    const bool whole = call.endpoint.address == CloudEndpoint::Address::Whole;
+    return http_client(web::uri(ToWire(whole ? call.host + call.path : call.host)), ConfigOf(client, call.endpoint));
+}
+
+void Address(TolmProjectSettingHttpUtility& client, const CloudCall& call, http_request& request) {
+    const auto headers = call.endpoint.headers;
+    if (headers != CloudEndpoint::Headers::None)
+        client.AddRequestHeader(request, headers == CloudEndpoint::Headers::SessionAndContentType);
+    if (call.endpoint.address != CloudEndpoint::Address::Whole)
+        request.set_request_uri(web::uri(ToWire(call.path)));
+}
+
+CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) {
+    http_client http = ClientFor(client, call);
+    http_request request(call.endpoint.method);
+    Address(client, call, request);
+    if (call.body != nullptr)
+        request.set_body(call.body->serialize(), "text/plain; charset=utf-8");
+    auto response = http.request(request, pplx::cancellation_token::none()).get();
+    CloudAnswer answer;
+    answer.body = response.extract_json(false).get();
+    answer.status = response.status_code();
+    static_cast<void>(answer.body.as_object());
+    return answer;
+}
+
+} // namespace
+
+wstring CloudEndpoint::PathOf(std::initializer_list<std::wstring_view> identifiers) const {
+    wstring whole = path;
+    const wchar_t* separator = L"";
+    for (const auto identifier : identifiers) {
+        whole.append(separator).append(identifier);
+        separator = L"/";
+    }
+    return whole;
+}
+
+const std::string& CloudAnswer::Code() const {
+    return body.at("code").as_string();
+}
+
+const web::json::value& CloudAnswer::Data() const {
+    return body.at("data");
+}
+
+bool CloudAnswer::IsSuccess() const {
+    return status == 200 && Code() == "10000";
+}
+
+CloudOutcome RunCloudCall(TolmProjectSettingHttpUtility& client, const CloudCall& call, const CloudReader& read) {
+    using Kind = CloudOutcome::Kind;
+    if (call.endpoint.address == CloudEndpoint::Address::BaseRequired && call.host.empty())
+        return {};
+    try {
+        return {read(Issue(client, call)) ? Kind::Success : Kind::Refused, {}};
+    } catch (...) {
+        return {Kind::Exception, CurrentExceptionText()};
+    }
+}
+
+TolmProjectSettingHttpUtility* TolmProjectSettingHttpUtility::GetInstance() {
+    static TolmProjectSettingHttpUtility instance;
+    instance.m_userId = TolmUserSessionUtils::GetUserId();
+    instance.m_userToken = TolmUserSessionUtils::GetUserToken();
+    return &instance;
+}
+
+void TolmProjectSettingHttpUtility::AddRequestHeader(http_request& request, bool withContentType) {
+    if (request._get_impl() == nullptr) {
+        VORN_DEBUG_WARN(L"req为空");
+        return;
+    }
+    auto& headers = request.headers();
+    headers.add("x-kfe-userid", HeaderValue(m_userId));
+    headers.add("Authorization", HeaderValue(m_userToken));
+    if (withContentType)
+        headers.add("Content-Type", "application/json");
+}
+
+wstring TolmProjectSettingHttpUtility::GetProjectSettingAPIHost() {
+    const auto* settings = CollaborationProjectSettingForPS::Instance();
+    if (settings == nullptr) {
+        VORN_DEBUG_WARN(L"CollaborationProjectSettingForPS为空");
+        return {};
+    }
+    return settings->GetHttpServer();
+}
+
+int TolmProjectSettingHttpUtility::GetRequestTimeOut() {
+    const auto* settings = CollaborationProjectSettingForPS::Instance();
+    if (settings == nullptr) {
+        VORN_DEBUG_WARN(L"CollaborationProjectSettingForPS为空");
+        return 0;
+    }
+    return settings->GetRequestTimeOut();
+}
+
+wstring TolmProjectSettingHttpUtility::CircuitTemplateTable() {
+    return L"CircuitTemplate";
+}
+
+wstring TolmProjectSettingHttpUtility::ConfigTreeTable() {
+    return L"ConfigTree";
+}
+
+wstring TolmProjectSettingHttpUtility::PipeTypeTable() {
+    return L"PipeType";
+}
+
+wstring TolmProjectSettingHttpUtility::HVACPipeTypeTable() {
+    return L"HVACPipeType";
+}
+
+wstring TolmProjectSettingHttpUtility::DuctTypeTable() {
+    return L"DuctType";
+}
+
+wstring TolmProjectSettingHttpUtility::ConduitFittingsTypeTable() {
+    return L"ConduitFittingsType";
+}
+
+wstring TolmProjectSettingHttpUtility::CableTrayFittingsTypeTable() {
+    return L"CableTrayFittingsType";
+}
+
+wstring TolmProjectSettingHttpUtility::PipeSystemTypeTable() {
+    return L"PipeSystemType";
+}
+
+wstring TolmProjectSettingHttpUtility::HVACPipeSystemTypeTable() {
+    return L"HVACPipeSystemType";
+}
+
+wstring TolmProjectSettingHttpUtility::DuctSystemTypeTable() {
+    return L"DuctSystemType";
+}
+
+wstring TolmProjectSettingHttpUtility::ElectricalSystemTypeTable() {
+    return L"ElectricalSystemType";
+}
+
+} // namespace tolm

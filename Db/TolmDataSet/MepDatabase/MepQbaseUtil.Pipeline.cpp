@@ -1,0 +1,183 @@
+#include "MepDatabase/MepQbaseUtil.h"
+
+#include "Host/Session.h"
+#include "MepDatabase/CallSite.h"
+#include "MepDatabase/CloudRefresh.h"
+#include "MepDatabase/FileHeader.h"
+#include "MepDatabase/MepProjectSettingHttpUtility.h"
+#include "MepDatabase/StoreFrame.h"
+#include "MepDatabase/StoreSchema.h"
+#include "MepDatabase/SystemRecovery.h"
+#include "MepDatabase/WireText.h"
+#include "MepDatabase/WorkUnit.h"
+#include "Vorn/DebugMessage.h"
+#include "Vorn/Files.h"
+#include "Vorn/Notification.h"
+
+#include <cpprest/json.h>
+
+namespace tolm {
+namespace {
+
+void Notify(vorn::NotificationTypes type, const wchar_t* text) {
+    vorn::NotificationUtils::PostNotification(type, text);
+}
+
+bool Fail(const wchar_t* text) {
+    Notify(vorn::NotificationTypes::Failure, text);
+    return false;
+}
+
+/// Asks for the cloud's version. A version below `lowest` is no answer: the user hears of it.
+bool QueryVersion(const wstring& projectId, int lowest, int& version) {
+    version = 0;
+    if (TolmProjectSettingHttpUtility::GetInstance()->GetVersion(projectId, version) && version >= lowest)
+        return true;
+    return Fail(version == -1 ? L"获取云端配置版本失败,云端配置未做初始化！" : L"获取云端配置版本失败！");
+}
+
+bool IsReadFailure(short error) {
+    switch (static_cast<QbaseError>(error)) {
+    case QbaseError::None:
+    case QbaseError::NotFound:
+        return false;
+    default:
+        return true;
+    }
+}
+
+/// The dataset file while it is refreshed, and the version that it held before.
+class LocalDataset {
+public:
+    LocalDataset(StoreFrame& store, const wstring& definitionPath, const wstring& filePath)
+        : m_store(store), m_definitionPath(definitionPath), m_filePath(filePath),
+          m_existed(vorn::FileInfo(filePath).Exists()) {}
+
+    /// Opens the file for the download, which it needs unless it holds the cloud's version. A file that was not
+    /// there comes into being, and whether that succeeds is not looked at here.
+    bool Open(int cloudVersion) {
+        if (!m_existed)
+            MakeFolder();
+        const bool opened = m_store->openDatabase(m_definitionPath, m_filePath, true);
+        if (m_existed && (!opened || !ReadVersion()))
+            return FailToOpen();
+        if (m_hasHeader && m_version == cloudVersion)
+            return UpToDate();
+        if (m_version == 0 && !Empty() && m_existed)
+            return FailToOpen();
+        return true;
+    }
+
+    int Version() const { return m_version; }
+
+private:
+    void MakeFolder() const {
+        const wstring folder = vorn::FileSystem::FolderOf(m_filePath);
+        if (!folder.empty() && !vorn::FileInfo(folder).Exists())
+            vorn::FileSystem::CreateDirectories(folder);
+    }
+
+    /// False when the header could not be read; a store without one has the version 0.
+    bool ReadVersion() {
+        m_hasHeader = FetchHeader(*m_store);
+        if (!m_hasHeader)
+            return !IsReadFailure(m_store->getLastError());
+        long version = 0;
+        m_store->getLong(schema::kLocalVersion, version);
+        m_version = ClampToInt32(static_cast<double>(version));
+        return true;
+    }
+
+    bool FailToOpen() {
+        m_store->closeDatabase();
+        return Fail(L"本地配置打开失败！");
+    }
+
+    bool UpToDate() {
+        m_store->closeDatabase();
+        Notify(vorn::NotificationTypes::Success, L"配置载入成功！");
+        return false;
+    }
+
+    /// For a full load; in a transaction of its own, so that no lock is held during the download.
+    bool Empty() {
+        return m_store->beginTransaction() && MepQbaseUtil::GetInstance()->ResetQbase(m_store.get()) &&
+               m_store.Close() && m_store->openDatabase(m_definitionPath, m_filePath, false);
+    }
+
+    StoreFrame& m_store;
+    const wstring& m_definitionPath;
+    const wstring& m_filePath;
+    bool m_existed;
+    bool m_hasHeader = false;
+    int m_version = 0;
+};
+
+bool Download(const wstring& projectId, int localVersion, StoreFrame& store, web::json::value& root) {
+    if (TolmProjectSettingHttpUtility::GetInstance()->GetCloudData(projectId, localVersion, root))
+        return true;
+    store->closeDatabase();
+    return Fail(L"获取数据失败！");
+}
+
+void FetchSystemChanges(const wstring& workunitId) {
+    web::json::value changes;
+    if (TolmProjectSettingHttpUtility::GetInstance()->GetCloudSystemChangeData(workunitId, changes))
+        SyncSystemChangeData(std::move(changes));
+}
+
+/// Stamps the version, last of all, and closes. True when everything is on disk.
+bool StampAndClose(CallSite site, StoreFrame& store, int version, bool writeTimePoint) {
+    const bool stamped = StampVersion(*store, version) && (!writeTimePoint || !StampTimePoint(*store).empty());
+    if (!store.Close())
+        return false;
+    if (!stamped)
+        site.Warn(L"saveRec 失败");
+    return stamped;
+}
+
+} // namespace
+
+bool MepQbaseUtil::SyncDataFromCloud(bool writeTimePoint, vorn::IProgressReporter* progress, wstring datasetFilePath,
+                                     wstring templateFilePath, wstring combinedProductFilePath,
+                                     wstring binaryFileFolder, RecoverDataInfo* recoverInfo) {
+    const auto* const settings = CollaborationProjectSettingForPS::Instance();
+    if (settings == nullptr) {
+        VORN_DEBUG_WARN(L"pSettings为空");
+        return false;
+    }
+    const wstring projectId = settings->GetWorkingProjectId();
+    const wstring workunitId = settings->GetWorkingDatasetId();
+    int cloudVersion = 0;
+    if (!QueryVersion(projectId, 0, cloudVersion))
+        return false;
+    StoreFrame store(TOLM_CALL_SITE);
+    LocalDataset local(store, templateFilePath, datasetFilePath);
+    web::json::value root;
+    if (!store.IsMade() || !local.Open(cloudVersion) || !Download(projectId, local.Version(), store, root))
+        return false;
+    CloudRefresh refresh(TOLM_CALL_SITE, store.get(), progress,
+                         {templateFilePath, combinedProductFilePath, binaryFileFolder}, recoverInfo);
+    try {
+        FetchSystemChanges(workunitId);
+        if (!refresh.Apply(root, local.Version()) ||
+            !StampAndClose(TOLM_CALL_SITE, store, cloudVersion, writeTimePoint))
+            return false;
+        refresh.Report(80);
+        Notify(vorn::NotificationTypes::Success, L"载入成功！");
+        return true;
+    } catch (...) {
+        LogCurrentException();
+        store.Close();
+        return Fail(L"载入失败了！");
+    }
+}
+
+int MepQbaseUtil::GetCloudVersion(wstring projectId) {
+    int version = 0;
+    if (QueryVersion(projectId, 1, version))
+        return version;
+    return version == -1 ? -1 : -2;
+}
+
+} // namespace tolm

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "MepDatabase/AttributeTable.h"
+#include "TolmDataSet/IProjectSettingMaterial.h"
+#include "TolmDataSet/IProjectSettingSizeModule.h"
+
+#include <cstddef>
+
+namespace tolm {
+
+/// All attributes of a material.
+AttributeTable<IProjectSettingMaterial> MaterialAttributes();
+/// What a size module's writer sets of its material: all but the time of creation.
+AttributeTable<IProjectSettingMaterial> NestedMaterialAttributes();
+
+/// The attributes that every size module has. The discipline is only read here: what is stored follows from the type.
+AttributeTable<IProjectSettingSizeModule> SizeModuleAttributes();
+
+/// What a size module keeps by its object type.
+struct SizeModuleKind {
+    TolmProjectSettingMEPObjectType type;
+    AttributeTable<IProjectSettingSizeModule> attributes;
+    bool storesMaterial;
+    const wchar_t* listName; ///< name of its packed list
+    std::size_t (*listLength)(const IProjectSettingSizeModule& module);
+};
+
+/// Null for a type that has no size tables.
+const SizeModuleKind* SizeModuleKindOf(TolmProjectSettingMEPObjectType type);
+
+} // namespace tolm

@@ -1,0 +1,178 @@
+#include "Tolm/Commands.h"
+
+#include "Tolm/Errors.h"
+
+#include "Vorn/Log.h"
+#include "Vorn/Text.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <ostream>
+
+namespace tolmcli {
+namespace {
+
+using Run = void (*)(const Options&, Context&);
+
+/// One command: its word, what it does, an example, and the options that it has.
+struct Command {
+    const char* word;
+    const char* description;
+    const char* examples;
+    Run run;
+    void (*addOptions)(CLI::App&, Options&);
+};
+
+void AddNewOptions(CLI::App& app, Options& options) {
+    app.add_option("--server", options.server, "Address of the settings service, as http://host:port");
+    app.add_option("--project", options.project, "Project on the service");
+    app.add_option("--user", options.user, "User to sign in as; the secret comes from TOLM_SECRET or is asked for");
+    app.add_option("--work-unit", options.workUnit, "Work unit within the project");
+    app.add_option("--components", options.components,
+                   "Component database to use, or a .json file to make one beside the dataset from");
+    app.add_option("--combined-products", options.combinedProducts, "Database of combined products");
+    app.add_option("--files", options.binaryFolder, "Folder for the project's files");
+}
+
+void AddWhat(CLI::App& app, Options& options, const std::vector<std::string>& choices) {
+    app.add_option("what", options.what, "What kind of record")->required()->check(CLI::IsMember(choices));
+}
+
+void AddKind(CLI::App& app, Options& options) {
+    app.add_option("--kind", options.kind, "plumbing-pipe, hvac-pipe, duct, cable-tray, conduit or wire");
+}
+
+void AddNames(CLI::App& app, Options& options, int count) {
+    app.add_option("name", options.names, "Id, or name where only one record bears it")->required()->expected(count);
+}
+
+void AddRecordOptions(CLI::App& app, Options& options) {
+    app.add_option("--name", options.name, "Name of the record");
+    app.add_option("--material", options.material, "Material of a pipe or duct table, by id or name");
+    app.add_option("--roughness", options.roughness, "Absolute roughness of a pipe in mm");
+    app.add_option("--shape", options.shape, "Shape of a duct (0 rectangular, 1 round) or of a cable tray");
+    app.add_option("--pressure-grade", options.pressureGrade, "Pressure grade of a duct");
+    app.add_option("--cable-material", options.cableMaterial, "Conductor of a wire: 0 copper, 1 aluminium");
+    app.add_option("--temperature", options.environmentTemperature, "Environment temperature of a wire, as its number");
+    app.add_option("--cable-type", options.cableTypeName, "Type name of a wire; its name by default");
+    app.add_option("--row", options.addRows,
+                   "Row to add: DN,OD,ID,Thickness or Size,Thickness or area,current,temperature; may be repeated")
+        ->allow_extra_args(false);
+}
+
+void AddNothing(CLI::App&, Options&) {}
+
+void AddPullOptions(CLI::App& app, Options& options) {
+    app.add_flag("--discard", options.discard, "Throw local changes away and load the project whole");
+}
+
+void AddListOptions(CLI::App& app, Options& options) {
+    AddWhat(app, options, {"materials", "sizes"});
+    AddKind(app, options);
+}
+
+void AddShowOptions(CLI::App& app, Options& options) {
+    AddWhat(app, options, {"material", "size"});
+    AddNames(app, options, 1);
+    AddKind(app, options);
+}
+
+void AddAddOptions(CLI::App& app, Options& options) {
+    AddWhat(app, options, {"material", "size"});
+    AddKind(app, options);
+    app.get_option("--kind")->required();
+    AddRecordOptions(app, options);
+    app.get_option("--name")->required();
+}
+
+void AddEditOptions(CLI::App& app, Options& options) {
+    AddShowOptions(app, options);
+    AddRecordOptions(app, options);
+    app.add_option("--remove-row", options.removeRows, "Number of a row to remove, from 1; may be repeated")
+        ->allow_extra_args(false);
+    app.add_flag("--clear-rows", options.clearRows, "Remove all rows before rows are added");
+}
+
+void AddDeleteOptions(CLI::App& app, Options& options) {
+    AddWhat(app, options, {"material", "size"});
+    AddNames(app, options, -1);
+    AddKind(app, options);
+    app.add_flag("--force", options.force, "Delete also what is in use");
+}
+
+void AddImportOptions(CLI::App& app, Options& options) {
+    app.add_option("file", options.components, "JSON file of disciplines, categories and components")->required();
+}
+
+constexpr Command kCommands[] = {
+    {"new", "Make an empty dataset and note where its settings come from",
+     "tolm new office.db --server http://127.0.0.1:8080 --project office-tower --user anna", RunNew, AddNewOptions},
+    {"info", "Show where a dataset stands", "tolm info office.db", RunInfo, AddNothing},
+    {"compare", "Compare the dataset's version with the cloud's", "tolm compare office.db", RunCompare, AddNothing},
+    {"pull", "Bring the dataset up to the cloud's version", "tolm pull office.db", RunPull, AddPullOptions},
+    {"list", "List materials or size tables", "tolm list office.db sizes --kind plumbing-pipe", RunList,
+     AddListOptions},
+    {"show", "Show one material or size table", "tolm show office.db size \"Copper tube\"", RunShow, AddShowOptions},
+    {"changes", "Show the local changes that the cloud has not seen", "tolm changes office.db", RunChanges, AddNothing},
+    {"add", "Add a material or a size table",
+     "tolm add office.db material --kind plumbing-pipe --name \"Stainless steel\"\n"
+     "  tolm add office.db size --kind plumbing-pipe --name \"Stainless DN15-20\" --material \"Stainless steel\"\n"
+     "       --roughness 0.0015 --row 15,18,16,1 --row 20,22,19.6,1.2",
+     RunAdd, AddAddOptions},
+    {"edit", "Change a material or a size table",
+     "tolm edit office.db size \"Stainless DN15-20\" --remove-row 1 --row 25,28,25.6,1.2", RunEdit, AddEditOptions},
+    {"delete", "Delete materials or size tables that nothing uses", "tolm delete office.db size \"Stainless DN15-20\"",
+     RunDelete, AddDeleteOptions},
+    {"import-components", "Fill the dataset's component database from a file",
+     "tolm import-components office.db components.json", RunImportComponents, AddImportOptions},
+};
+
+/// Puts the library's log where the user wants it.
+void SetUpLog(const std::string& folder) {
+    if (!folder.empty())
+        vorn::LogManager::SetFolder(vorn::StringUtil::ToWString(folder));
+}
+
+} // namespace
+
+int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
+    CLI::App app("Keeps the settings of a building-services project: reads and edits a dataset, and brings it up to "
+                 "the cloud's version.",
+                 "tolm");
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "tolm " TOLM_VERSION);
+    app.footer("Exit codes: 0 done, 1 failed, 2 wrong use, 3 refused to protect your data.\n"
+               "'tolm COMMAND --help' tells more about a command.");
+    app.fallthrough();
+    Options options;
+    Context context{out};
+    std::string logFolder;
+    app.add_flag("--json", context.json, "Print results as JSON");
+    app.add_option("--log", logFolder, "Folder to keep a log in");
+
+    for (const Command& command : kCommands) {
+        CLI::App* sub = app.add_subcommand(command.word, command.description);
+        sub->add_option("dataset", options.dataset, "Path of the dataset file")->required();
+        command.addOptions(*sub, options);
+        sub->footer(std::string("Example:\n  ") + command.examples);
+        sub->callback([&, run = command.run] {
+            SetUpLog(logFolder);
+            run(options, context);
+        });
+    }
+    try {
+        app.parse(argc, argv);
+        return Done;
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error, out, err) == 0 ? Done : Misused;
+    } catch (const Failure& failure) {
+        err << "tolm: " << failure.what() << '\n';
+        return failure.Code();
+    } catch (const std::exception& failure) {
+        err << "tolm: " << failure.what() << '\n';
+        return Failed;
+    }
+}
+
+} // namespace tolmcli

@@ -1,0 +1,143 @@
+#include "Tolm/Commands.h"
+
+#include "Tolm/Errors.h"
+#include "Tolm/ProgressBar.h"
+#include "Tolm/Workplace.h"
+
+#include "Qbase/Qbase.h"
+#include "Vorn/Text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <ostream>
+
+namespace tolmcli {
+namespace {
+
+using tolm::CompareVersionResult;
+using vorn::StringUtil;
+
+struct ResultWords {
+    CompareVersionResult result;
+    const char* word;
+    const char* advice;
+};
+
+constexpr std::array kResults{
+    ResultWords{CompareVersionResult::NotComparable, "not comparable",
+                "The versions cannot be compared: the service did not answer, or its version is below the local one."},
+    ResultWords{CompareVersionResult::Same, "up to date", "Nothing to do."},
+    ResultWords{CompareVersionResult::CloudAhead, "cloud ahead", "Run 'tolm pull'."},
+    ResultWords{CompareVersionResult::LocalChanges, "local changes", "There are local changes that the cloud lacks."},
+    ResultWords{CompareVersionResult::BothChanged, "both changed",
+                "The cloud moved on and there are local changes: they have to be merged."},
+    ResultWords{CompareVersionResult::CloudNotInitialised, "cloud not initialised",
+                "The project has no settings in the cloud yet."},
+};
+static_assert(kResults.size() == static_cast<std::size_t>(CompareVersionResult::CloudNotInitialised) + 2);
+
+const ResultWords& WordsOf(CompareVersionResult result) {
+    return kResults.at(static_cast<std::size_t>(static_cast<int>(result) + 1));
+}
+
+struct Comparison {
+    CompareVersionResult result = CompareVersionResult::NotComparable;
+    std::wstring project;
+    int cloud = 0;
+    int local = 0;
+    std::wstring timePoint;
+};
+
+Comparison Compare(Workplace& place) {
+    Comparison comparison;
+    comparison.result = place.Dataset().CompareCloudVersion(comparison.project, comparison.cloud, comparison.local,
+                                                            comparison.timePoint);
+    return comparison;
+}
+
+void PrintMessages(Workplace& place, std::ostream& out) {
+    for (const auto& message : place.Heard().TakeMessages())
+        out << message << '\n';
+}
+
+/// The messages of the service's side behind `what`, as one failure.
+[[noreturn]] void FailWithMessages(Workplace& place, std::string what) {
+    for (const auto& message : place.Heard().TakeMessages())
+        what += "\n  " + message;
+    for (const auto& fault : place.Heard().TakeFaults())
+        what += "\n  " + fault;
+    throw Failure(what);
+}
+
+/// Local changes are thrown away by loading the project whole: what was only edited here would otherwise stay.
+void PrepareToDiscard(Workplace& place) {
+    if (!place.Dataset().SetLocalVersion(0))
+        FailWithMessages(place, "the dataset cannot be written");
+}
+
+} // namespace
+
+void RunCompare(const Options& options, Context& context) {
+    Workplace place(StringUtil::ToWString(options.dataset));
+    place.Connect();
+    const Comparison comparison = Compare(place);
+    const ResultWords& words = WordsOf(comparison.result);
+    if (context.json) {
+        const nlohmann::ordered_json json{{"result", words.word},
+                                          {"code", static_cast<int>(comparison.result)},
+                                          {"project", StringUtil::ToString(comparison.project)},
+                                          {"cloudVersion", comparison.cloud},
+                                          {"localVersion", comparison.local},
+                                          {"lastUpdate", StringUtil::ToString(comparison.timePoint)}};
+        context.out << json.dump(2) << '\n';
+    } else {
+        PrintMessages(place, context.out);
+        context.out << "project " << StringUtil::ToString(comparison.project) << ": cloud version " << comparison.cloud
+                    << ", local version " << comparison.local;
+        if (!comparison.timePoint.empty())
+            context.out << " of " << StringUtil::ToString(comparison.timePoint);
+        context.out << "\n" << words.word << ". " << words.advice << '\n';
+    }
+    if (comparison.result == CompareVersionResult::NotComparable)
+        FailWithMessages(place, "no comparison was possible");
+}
+
+void RunPull(const Options& options, Context& context) {
+    Workplace place(StringUtil::ToWString(options.dataset));
+    const auto changes = ReadNotedChanges(place.Path());
+    if (!changes.empty() && !options.discard)
+        throw Failure("there are " + std::to_string(changes.size()) +
+                          " local changes, which a pull could overwrite: see 'tolm changes', or throw them away with "
+                          "--discard",
+                      Refused);
+    place.Connect();
+    const Comparison before = Compare(place);
+    if (before.cloud < 1)
+        FailWithMessages(place, "nothing was pulled");
+    const bool discarding = !changes.empty();
+    if (!discarding && before.cloud == before.local) {
+        context.out << "Up to date at version " << before.local << '\n';
+        return;
+    }
+    if (discarding)
+        PrepareToDiscard(place);
+    {
+        ProgressBar progress("Pulling");
+        if (!place.Dataset().SyncDataFromCloud(true, &progress, nullptr))
+            FailWithMessages(place, "nothing was pulled");
+        progress.ReportProgress(100.0);
+    }
+    if (discarding && !CQbase::removeStore(StatusPath(place.Path())))
+        throw Failure("the project was pulled, but the noted changes could not be removed");
+    for (const auto& fault : place.Heard().TakeFaults())
+        context.out << "not applied: " << fault << '\n';
+    PrintMessages(place, context.out);
+    context.out << "Pulled "
+                << (before.local > 0 && !discarding
+                        ? "the changes from version " + std::to_string(before.local) + " to "
+                        : "version ")
+                << before.cloud << '\n';
+}
+
+} // namespace tolmcli

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tolmcli {
+
+/// What every command is given.
+struct Context {
+    std::ostream& out; ///< results
+    bool json = false; ///< results as JSON
+};
+
+/// The options of a command as the user gave them; each command reads those that it has.
+struct Options {
+    std::string dataset;
+    std::string what; ///< materials, sizes, material, size
+    std::vector<std::string> names;
+
+    std::string server;
+    std::string project;
+    std::string workUnit;
+    std::string user;
+    std::string components;
+    std::string combinedProducts;
+    std::string binaryFolder;
+
+    bool discard = false;
+    bool force = false;
+
+    std::string kind;
+    std::optional<std::string> name;
+    std::optional<std::string> material;
+    std::optional<std::string> roughness;
+    std::optional<std::string> shape;
+    std::optional<std::string> pressureGrade;
+    std::optional<std::string> cableMaterial;
+    std::optional<std::string> environmentTemperature;
+    std::optional<std::string> cableTypeName;
+    std::vector<std::string> addRows;
+    std::vector<int> removeRows;
+    bool clearRows = false;
+};
+
+/// Each command throws Failure when it cannot do its work.
+void RunNew(const Options& options, Context& context);
+void RunInfo(const Options& options, Context& context);
+void RunCompare(const Options& options, Context& context);
+void RunPull(const Options& options, Context& context);
+void RunList(const Options& options, Context& context);
+void RunShow(const Options& options, Context& context);
+void RunChanges(const Options& options, Context& context);
+void RunAdd(const Options& options, Context& context);
+void RunEdit(const Options& options, Context& context);
+void RunDelete(const Options& options, Context& context);
+void RunImportComponents(const Options& options, Context& context);
+
+/// Runs the command that the arguments name and returns its exit code.
+int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err);
+
+} // namespace tolmcli
