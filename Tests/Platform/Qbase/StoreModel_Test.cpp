@@ -165,7 +165,7 @@ private:
     }
 
     void SetFilter() {
-        const short attribute = *rc::gen::element<short>(kMEPType, kDisciplineId);
+        const short attribute = *rc::gen::element(short{kMEPType}, short{kDisciplineId});
         const short value = AnySmall();
         RC_ASSERT(m_qb.setFilter(attribute, "=", value));
         m_filters.emplace_back(attribute, value);
