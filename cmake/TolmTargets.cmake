@@ -13,3 +13,11 @@ if(TOLM_COVERAGE)
   target_compile_options(TolmSettings INTERFACE --coverage)
   target_link_options(TolmSettings INTERFACE --coverage)
 endif()
+
+# tolm_export_only(<library> <map>): the library exports what the map lists and keeps the rest to itself, also the
+# parts of other libraries that its code instantiates; so two libraries never share them by accident, and a host can
+# unload it.
+function(tolm_export_only library map)
+  target_link_options(${library} PRIVATE "LINKER:--version-script=${map}")
+  set_property(TARGET ${library} APPEND PROPERTY LINK_DEPENDS "${map}")
+endfunction()

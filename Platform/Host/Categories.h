@@ -51,7 +51,7 @@ public:
     virtual const ITolmCategoryInfo* FindCategoryInfo(const std::wstring& code) = 0;
 };
 
-/// Holds the category service of the process.
+/// Holds the category service of the process. Used from one thread at a time.
 class TOLM_PLATFORM_API TolmCategoryInfoUtilsHandler {
 public:
     static TolmCategoryInfoUtilsHandler& Get();

@@ -148,8 +148,10 @@ bool ReadProducts(sql::Connection& sql, const std::wstring& categoryCode, Produc
 }
 
 void PlaceReference(Product& product, int role, Reference reference) {
-    if (role == kListRole)
+    if (role == kListRole) {
         product.components.push_back(std::move(reference));
+        return;
+    }
     const auto found = std::ranges::find(kRoles, role, &Role::number);
     if (found != kRoles.end())
         product.*found->field = std::move(reference);
@@ -180,21 +182,27 @@ bool ReadReferences(sql::Connection& sql, const std::wstring& categoryCode, Prod
     return !rows.Failed();
 }
 
-/// A category and what it may be called by.
+/// A category and what it may be called by: its code and, where it is known, its names.
 struct CategoryNames {
     std::wstring code;
     std::vector<std::wstring> names;
 
-    /// An empty text says nothing, and so says nothing against the category.
-    bool IsGivenBy(const std::wstring& text) const {
-        return text.empty() || std::ranges::find(names, text) != names.end();
+    /// An empty text beside another says nothing; two of them give a category without names.
+    bool IsGivenBy(const std::wstring& first, const std::wstring& second) const {
+        const bool bothEmpty = first.empty() && second.empty();
+        return (Has(first) || (first.empty() && !bothEmpty)) && (Has(second) || (second.empty() && !bothEmpty));
     }
+
+private:
+    bool Has(const std::wstring& text) const { return text == code || std::ranges::find(names, text) != names.end(); }
 };
 
 /// The names of a category as the file has them and as the category service has them: the file of the combined
 /// products need not be the one of the categories.
 CategoryNames ReadNames(const sql::Statement& row) {
-    CategoryNames category{row.Text(0), {row.Text(0), row.Text(1), row.Text(2)}};
+    CategoryNames category{row.Text(0), {}};
+    if (!row.IsNull(1))
+        category.names = {row.Text(1), row.Text(2)};
     ITolmCategoryInfoUtils* const utils = TolmCategoryInfoUtilsHandler::Get().GetUtils();
     const ITolmCategoryInfo* const info = utils != nullptr ? utils->FindCategoryInfo(category.code) : nullptr;
     if (info != nullptr)
@@ -209,7 +217,7 @@ bool FindCategories(sql::Connection& sql, const std::wstring& first, const std::
                                       " LEFT JOIN categories c ON c.Code = p.CategoryCode");
     while (rows.Next()) {
         CategoryNames category = ReadNames(rows);
-        if (category.IsGivenBy(first) && category.IsGivenBy(second))
+        if (category.IsGivenBy(first, second))
             codes.push_back(std::move(category.code));
     }
     return !rows.Failed();
@@ -243,8 +251,6 @@ bool TolmComponentSqlUtil::InsertCombinedProduct(const std::wstring& path,
 
 bool TolmComponentSqlUtil::RemoveCombinedProduct(const std::wstring& path, const std::wstring& localKey,
                                                  const std::wstring& targetId, const std::vector<std::wstring>& ids) {
-    if (localKey.empty() && targetId.empty())
-        return false;
     ComponentFile file(path, ComponentFile::Purpose::Update);
     if (!file.IsReady())
         return file.IsAbsent();

@@ -33,9 +33,9 @@ template <class Columns> std::string InsertOrReplace(const std::string& table, c
     std::string assignments;
     int parameter = 1;
     for (const auto& column : columns) {
-        const std::string name(column.name);
-        values += (values.empty() ? "?" : ", ?") + std::to_string(parameter++);
-        assignments += (assignments.empty() ? "" : ", ") + name + " = excluded." + name;
+        const std::string separator = parameter > 1 ? ", " : "";
+        values.append(separator).append("?").append(std::to_string(parameter++));
+        assignments.append(separator).append(column.name).append(" = excluded.").append(column.name);
     }
     return "INSERT INTO " + table + "(" + JoinNames(columns, "", "") + ") VALUES(" + values + ") ON CONFLICT(" +
            std::string(columns.front().name) + ") DO UPDATE SET " + assignments;

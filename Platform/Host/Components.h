@@ -88,8 +88,8 @@ public:
                                       std::vector<std::wstring>& newIds);
 
     /// Removes the listed products of the category that the two texts give, each by code or by one of the names of
-    /// the category, as the file or the category service has them; products of other categories stay. Of the texts
-    /// one may be empty; with both empty no category is given, and the result is false.
+    /// the category, as the file or the category service has them; products of other categories stay. An empty text
+    /// beside another says nothing; two empty texts give a known category without a name.
     static bool RemoveCombinedProduct(const std::wstring& path, const std::wstring& localKey,
                                       const std::wstring& targetId, const std::vector<std::wstring>& ids);
 

@@ -9,16 +9,16 @@
 /// Why the last operation of a handle failed.
 enum class QbaseError : short {
     None = 0,
-    BadArgument = 1,     ///< an empty path, a null pointer, an unknown class or attribute, a wrong type
-    NotFound = 2,        ///< no such file, record or attribute
-    NotAStore = 3,       ///< the file is no store, or is damaged
-    NewerVersion = 4,    ///< the file was written by a later version
-    BadDefinition = 5,   ///< the definition file cannot be read or understood
-    Locked = 6,          ///< the lock was not to be had within the waiting time
+    BadArgument = 1,        ///< an empty path, a null pointer, an unknown class or attribute, a wrong type
+    NotFound = 2,           ///< no such file, record or attribute
+    NotAStore = 3,          ///< the file is no store, or is damaged
+    NewerVersion = 4,       ///< the file was written by a later version
+    BadDefinition = 5,      ///< the definition file cannot be read or understood
+    Locked = 6,             ///< the lock was not to be had within the waiting time
     NotLockedForUpdate = 7, ///< a change was tried under a read lock
-    Doomed = 8,          ///< an earlier failure dooms the handle: nothing of its transaction is kept
-    Disk = 9,            ///< the file system reported a failure
-    WrongState = 10,     ///< not open, open already, or no current record
+    Doomed = 8,             ///< an earlier failure dooms the handle: nothing of its transaction is kept
+    Disk = 9,               ///< the file system reported a failure
+    WrongState = 10,        ///< not open, open already, or no current record
 };
 
 /// A handle on one object-database file.
@@ -147,6 +147,11 @@ public:
 
     // --- whole files -------------------------------------------------------------------------------------------
 
+    /// Copies the store, as this handle sees it, over the file at `target`, with numbers and order of its records.
+    /// A handle that is locked goes on holding its lock.
+    bool copyTo(const std::wstring& target);
+    /// Copies a store, under a read lock, over the file at `target`. False when `source` will not open as a store.
+    static bool copyStore(const std::wstring& source, const std::wstring& target);
     /// Removes a store together with its journal. True when none stands there afterwards.
     static bool removeStore(const std::wstring& filePath);
 

@@ -23,9 +23,6 @@ const char* OrEmpty(const char* text) {
 
 } // namespace
 
-DebugMessageMgr::DebugMessageMgr() = default;
-DebugMessageMgr::~DebugMessageMgr() = default;
-
 DebugMessageMgr* DebugMessageMgr::GetDebugMessageMgr() {
     static DebugMessageMgr manager;
     return &manager;

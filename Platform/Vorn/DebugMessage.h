@@ -32,8 +32,8 @@ public:
     DebugMessageMgr& operator=(const DebugMessageMgr&) = delete;
 
 private:
-    DebugMessageMgr();
-    ~DebugMessageMgr();
+    DebugMessageMgr() = default;
+    ~DebugMessageMgr() = default;
 };
 
 } // namespace vorn

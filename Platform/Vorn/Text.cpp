@@ -1,5 +1,7 @@
 #include "Vorn/Text.h"
 
+#include "Vorn/UnicodeInternal.h"
+
 #include <algorithm>
 #include <array>
 #include <cwchar>
@@ -8,8 +10,6 @@
 
 namespace vorn {
 namespace {
-
-constexpr char32_t kReplacement = 0xFFFD;
 
 /// What a lead byte promises: the length of its sequence and the range of the second byte (RFC 3629, section 4).
 struct Lead {
@@ -62,42 +62,6 @@ Decoded DecodeNext(std::string_view text, std::size_t at) {
     return {character, lead->length, true};
 }
 
-bool IsSurrogate(char32_t c) {
-    return c >= 0xD800 && c <= 0xDFFF;
-}
-bool IsHighSurrogate(char32_t c) {
-    return c >= 0xD800 && c <= 0xDBFF;
-}
-bool IsLowSurrogate(char32_t c) {
-    return c >= 0xDC00 && c <= 0xDFFF;
-}
-
-char32_t UnitAt(std::wstring_view text, std::size_t index) {
-    if constexpr (sizeof(wchar_t) == 2)
-        return static_cast<char16_t>(text[index]);
-    else
-        return static_cast<char32_t>(text[index]);
-}
-
-/// Takes one character from wide text and moves `at` behind it.
-char32_t TakeWide(std::wstring_view text, std::size_t& at) {
-    const char32_t unit = UnitAt(text, at++);
-    if constexpr (sizeof(wchar_t) == 2) {
-        if (IsHighSurrogate(unit) && at < text.size() && IsLowSurrogate(UnitAt(text, at)))
-            return 0x10000 + ((unit - 0xD800) << 10) + (UnitAt(text, at++) - 0xDC00);
-    }
-    return IsSurrogate(unit) || unit > 0x10FFFF ? kReplacement : unit;
-}
-
-void AppendWide(std::wstring& text, char32_t character) {
-    if (sizeof(wchar_t) > 2 || character < 0x10000) {
-        text += static_cast<wchar_t>(character);
-        return;
-    }
-    text += static_cast<wchar_t>(0xD800 + ((character - 0x10000) >> 10));
-    text += static_cast<wchar_t>(0xDC00 + ((character - 0x10000) & 0x3FF));
-}
-
 void AppendTrail(std::string& text, char32_t character, int count) {
     while (count-- > 0)
         text += static_cast<char>(0x80 | ((character >> (6 * count)) & 0x3F));
@@ -137,7 +101,7 @@ public:
     UnicodeLocale& operator=(const UnicodeLocale&) = delete;
 
     std::wint_t ToLower(wchar_t c) const {
-        const auto value = static_cast<std::wint_t>(c);
+        const std::wint_t value = std::char_traits<wchar_t>::to_int_type(c);
         return m_locale != locale_t{} ? towlower_l(value, m_locale) : std::towlower(value);
     }
 
@@ -156,7 +120,7 @@ std::string StringUtil::ToString(std::wstring_view text) {
     std::string result;
     result.reserve(text.size());
     for (std::size_t at = 0; at < text.size();)
-        AppendUtf8(result, TakeWide(text, at));
+        AppendUtf8(result, TakeCharacter(text, at));
     return result;
 }
 
@@ -165,7 +129,7 @@ std::wstring StringUtil::ToWString(std::string_view text) {
     result.reserve(text.size());
     for (std::size_t at = 0; at < text.size();) {
         const Decoded next = DecodeNext(text, at);
-        AppendWide(result, next.character);
+        AppendCharacter(result, next.character);
         at += next.length;
     }
     return result;

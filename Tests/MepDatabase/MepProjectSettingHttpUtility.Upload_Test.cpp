@@ -1,4 +1,4 @@
-#include "MepDatabase/CloudTestSupport.h"
+#include "StoreSupport/CloudTestSupport.h"
 
 using namespace tolmtest;
 

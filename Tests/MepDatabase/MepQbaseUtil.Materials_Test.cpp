@@ -22,7 +22,8 @@ protected:
     }
     Names NamesOf(Type type, Discipline discipline) {
         std::vector<MaterialPtr> list;
-        EXPECT_EQ(util.ReadMaterialList(path, ddq, type, discipline, list), !list.empty());
+        const bool found = util.ReadMaterialList(path, ddq, type, discipline, list);
+        EXPECT_EQ(found, !list.empty());
         Names names;
         for (const auto& material : list)
             names.push_back(material->GetName());

@@ -177,7 +177,7 @@ TEST_F(SizeModuleMaterials, AListThatIsThereWithoutDataIsReported) {
 
 TEST_F(SizeModuleMaterials, ATruncatedListGivesItsWholeEntries) {
     ASSERT_TRUE(Write(L"a", {}));
-    Sql(path, "update PSI set PipeSizeList = substr(PipeSizeList, 1, 16) || x'0000803F00'");
+    Sql(path, "update PSI set PipeSizeList = x'00004040000000400000803F000080400000803F00'");
     const auto list = List();
     ASSERT_EQ(list.size(), 1U);
     EXPECT_EQ(list[0]->GetPipeSizeList(), (std::vector<ProjectSettingPipeSize>{{1.0F, 2.0F, 3.0F, 4.0F}}));

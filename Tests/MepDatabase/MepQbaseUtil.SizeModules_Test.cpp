@@ -17,7 +17,8 @@ protected:
 
     std::vector<SizeModulePtr> List(Type type, Discipline discipline) {
         std::vector<SizeModulePtr> list;
-        EXPECT_EQ(util.ReadSizeModuleList(path, ddq, type, discipline, list), !list.empty());
+        const bool found = util.ReadSizeModuleList(path, ddq, type, discipline, list);
+        EXPECT_EQ(found, !list.empty());
         return list;
     }
     /// The one module of the type and discipline.
@@ -279,6 +280,7 @@ TEST_F(SizeModuleStorage, AFactoryThatMakesNothingIsReported) {
 
 SizeModulePtr WithSizes(Type type, int count) {
     auto module = SizeModule(L"long", L"", type);
+    module->SetMEPType(type); // the discipline follows
     for (int i = 0; i < count; ++i) {
         module->AddPipeSize({1.0F, 2.0F, static_cast<float>(i), 4.0F});
         module->AddDuctSize({static_cast<float>(i), 0.0F});

@@ -5,7 +5,6 @@
 #include <cpprest/json.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <stdexcept>
 
@@ -39,8 +38,7 @@ TEST(WireText, ClampsNumbersThatDoNotFit) {
     EXPECT_EQ(ClampToInt32(1e300), std::numeric_limits<std::int32_t>::max());
     EXPECT_EQ(ClampToInt32(-Infinity), std::numeric_limits<std::int32_t>::lowest());
     EXPECT_EQ(ClampToInt32(NotANumber), 0);
-    EXPECT_EQ(Finite(Infinity), std::numeric_limits<double>::max());
-    EXPECT_EQ(Finite(NotANumber), 0.0);
+    EXPECT_EQ(FiniteFloat(NotANumber), 0.0F);
     EXPECT_EQ(FiniteFloat(1e300), std::numeric_limits<float>::max());
     EXPECT_EQ(FiniteFloat(-1e300), std::numeric_limits<float>::lowest());
 }
@@ -50,12 +48,6 @@ TEST(WireText, ReadsAnOverflowingNumberAsTheLargest) {
     EXPECT_EQ(FiniteNumber(web::json::value::parse("-1e999")), std::numeric_limits<double>::lowest());
     EXPECT_EQ(FiniteFloat(web::json::value::parse("2.5")), 2.5F);
     EXPECT_THROW(WholeNumber(web::json::value::string("1")), web::json::json_exception);
-}
-
-TEST(WireText, NeverWritesANumberThatIsNotFinite) {
-    EXPECT_EQ(JsonNumber(NotANumber).serialize(), "0");
-    EXPECT_EQ(JsonNumber(25.0).serialize(), "25");
-    EXPECT_TRUE(std::isfinite(web::json::value::parse(JsonNumber(Infinity).serialize()).as_double()));
 }
 
 TEST(WireText, WritesListsOfTextsInTheirOrder) {

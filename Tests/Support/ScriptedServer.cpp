@@ -81,7 +81,7 @@ RecordedRequest ParseHead(std::string_view head) {
 std::string Serialise(const ScriptedAnswer& answer) {
     std::string text = "HTTP/1.1 " + std::to_string(answer.status) + " Scripted\r\n";
     for (const auto& [name, value] : answer.headers)
-        text += name + ": " + value + "\r\n";
+        text.append(name).append(": ").append(value).append("\r\n");
     return text + "Content-Length: " + std::to_string(answer.body.size()) + "\r\n\r\n" + answer.body;
 }
 

@@ -79,9 +79,9 @@ void RunNew(const Options& options, Context& context) {
     const bool importComponents = HasEnding(options.components, ".json");
     if (!importComponents)
         Take(profile.componentFile, options.components);
-    MakeStore(path);
     if (importComponents)
         ImportComponents(options.components, profile.componentFile);
+    MakeStore(path);
     profile.Save(path);
     context.out << "Made " << options.dataset << '\n';
 }

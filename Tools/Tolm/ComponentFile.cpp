@@ -45,7 +45,8 @@ tolm::TolmComponentData ComponentOf(const json& object) {
     component.version = object.value("version", 1);
     component.publicId = object.value("publicId", __int64{0});
     component.productId = object.value("productId", __int64{0});
-    for (const auto& [name, value] : object.value("attributes", json::object()).items())
+    const json attributes = object.value("attributes", json::object());
+    for (const auto& [name, value] : attributes.items())
         component.attributes[StringUtil::ToWString(name)] =
             StringUtil::ToWString(value.is_string() ? value.get<std::string>() : value.dump());
     return component;
@@ -53,7 +54,8 @@ tolm::TolmComponentData ComponentOf(const json& object) {
 
 template <class Row> std::vector<Row> RowsOf(const json& file, const char* key, Row (*read)(const json&)) {
     std::vector<Row> rows;
-    for (const json& object : file.value(key, json::array()))
+    const json list = file.value(key, json::array());
+    for (const json& object : list)
         rows.push_back(read(object));
     return rows;
 }

@@ -58,8 +58,8 @@ bool TolmDataset::SyncDataFromCloud(bool flag, vorn::IProgressReporter* reporter
                                                           m_binaryFileFolder, recoverInfo);
 }
 
-bool TolmDataset::ApplyDefaultProjectSettingTemplate(const wstring& templateKind) {
-    return TolmProjectSettingHttpUtility::GetInstance()->ApplyDefaultProjectSettingTemplate(templateKind);
+bool TolmDataset::ApplyDefaultProjectSettingTemplate(const wstring& projectId) {
+    return TolmProjectSettingHttpUtility::GetInstance()->ApplyDefaultProjectSettingTemplate(projectId);
 }
 
 bool TolmDataset::SendUpdateSettingDataInfo(const std::vector<wstring>& ids, int kind) {

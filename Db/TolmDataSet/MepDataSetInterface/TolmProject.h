@@ -77,7 +77,7 @@ public:
     bool ReplaceFittingComponentId(std::map<wstring, wstring> idMap) override;
     bool UpdateAllComponentId(std::map<wstring, wstring>& componentIds,
                               std::map<wstring, wstring>& componentTypeIds) override;
-    bool ApplyDefaultProjectSettingTemplate(const wstring& templateKind) override;
+    bool ApplyDefaultProjectSettingTemplate(const wstring& projectId) override;
     bool SendUpdateSettingDataInfo(const std::vector<wstring>& ids, int kind) override;
 
 private:

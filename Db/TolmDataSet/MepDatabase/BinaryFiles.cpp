@@ -3,6 +3,7 @@
 #include "Host/Definitions.h"
 #include "Host/Session.h"
 #include "MepDatabase/DatasetPaths.h"
+#include "Qbase/Qbase.h"
 #include "Vorn/Files.h"
 #include "Vorn/Text.h"
 
@@ -62,6 +63,15 @@ bool IsFile(const fs::path& path, const wstring& name, const wstring& hostFile) 
                                         IsSamePlace(FolderOf(path), FolderOf(other)));
 }
 
+/// Asked through the object database: to open a store past it and close it again drops the process's locks.
+bool IsStore(const wstring& path) {
+    CQbase file;
+    if (file.openDatabase(DataSetFilePath::TOLMDDQFilePath, path, false))
+        return true;
+    const auto error = static_cast<QbaseError>(file.getLastError());
+    return error == QbaseError::Locked || error == QbaseError::NewerVersion;
+}
+
 [[noreturn]] void Refuse() {
     throw std::runtime_error("The name is not that of a file that the cloud may change");
 }
@@ -97,6 +107,8 @@ wstring BinaryFileFolder::PathOf(const wstring& name) const {
         Refuse();
     if (std::any_of(m_hostFiles.begin(), m_hostFiles.end(),
                     [&](const wstring& file) { return IsFile(native, name, file); }))
+        Refuse();
+    if (fs::exists(status) && IsStore(path))
         Refuse();
     return path;
 }

@@ -17,7 +17,7 @@ bool IsPlainFileName(const wstring& name);
 class BinaryFileFolder {
 public:
     /// `combinedProductFilePath` is a database that the cloud must never touch; the host's open dataset with its
-    /// companions and the definition file are others.
+    /// companions and the definition file are others, and so is every store.
     BinaryFileFolder(const wstring& folder, const wstring& combinedProductFilePath);
 
     /// Writes the file, in place of one that is there. Throws std::runtime_error when the name is refused or the

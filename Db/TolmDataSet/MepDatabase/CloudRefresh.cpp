@@ -99,6 +99,7 @@ web::json::value WantedRows(const web::json::object& del, const wstring& table, 
             place->second = &row;
     }
     std::vector<web::json::value> result;
+    result.reserve(kept.size());
     for (const auto& [id, row] : kept)
         result.push_back(*row);
     return web::json::value::array(std::move(result));

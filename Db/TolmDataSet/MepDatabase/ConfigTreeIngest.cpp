@@ -29,27 +29,27 @@ constexpr Deletion kDeletions[] = {
     {L"MaterialSeries", DeletePipeSizeTableItem},
     {L"HVACMaterialSeries", DeletePipeSizeTableItem},
     {L"ductSeriesType", DeleteDuct},
-    {L"electricWireType", DeleteById<schema::PSI>},
-    {L"electricLinePipe", DeleteById<schema::PSI>},
-    {L"pipeFittingGroup", DeleteById<schema::MSG>},
-    {L"havcFittingGroup", DeleteById<schema::MSG>},
-    {L"ductFittingGroup", DeleteById<schema::MSG>},
+    {L"electricWireType", DeleteById<schema::kSizeModule>},
+    {L"electricLinePipe", DeleteById<schema::kSizeModule>},
+    {L"pipeFittingGroup", DeleteById<schema::kMaterialSerieGroup>},
+    {L"havcFittingGroup", DeleteById<schema::kMaterialSerieGroup>},
+    {L"ductFittingGroup", DeleteById<schema::kMaterialSerieGroup>},
 };
 
 } // namespace
 
 void DeletePipeSizeTableItem(const object& element, CQbase& qb) {
     const bool isMaterial = jsonread::Text(element, "parentID").empty();
-    qb.deleteRec(isMaterial ? schema::MTS : schema::PSI, jsonread::Text(element, "ID"));
+    qb.deleteRec(isMaterial ? schema::kMaterial : schema::kSizeModule, jsonread::Text(element, "ID"));
 }
 
 void DeleteDuctSizeTable(const std::wstring& id, CQbase& qb) {
-    if (!qb.fetchEqualRec(schema::PSI, id))
+    if (!qb.fetchEqualRec(schema::kSizeModule, id))
         return;
-    const std::wstring materialId = ingest::GetText(qb, schema::MaterialId);
+    const std::wstring materialId = ingest::GetText(qb, schema::kMaterialId);
     if (!materialId.empty())
-        qb.deleteRec(schema::MTS, materialId);
-    qb.deleteRec(schema::PSI, id);
+        qb.deleteRec(schema::kMaterial, materialId);
+    qb.deleteRec(schema::kSizeModule, id);
 }
 
 void DeleteConfigTreeItems(const object& del, CQbase* qb) {

@@ -89,11 +89,11 @@ void SetEntries(CQbase& qb, const SizeList& list, const EntryBuffer& entries, in
 
 } // namespace
 
-constinit const SizeList kPipeSizes = {schema::PipeSizeList, 16, PackFloats<kPipeSizeLayout, kPipeCells>};
-constinit const SizeList kConduitSizes = {schema::PipeSizeList, 16, PackFloats<kPipeSizeLayout, kConduitCells>};
-constinit const SizeList kDuctSizes = {schema::DuctSizeList, 8, PackFloats<kDuctSizeLayout, kDuctCells>};
-constinit const SizeList kTraySizes = {schema::CableTraySizeList, sizeof(float), PackTraySize, true};
-constinit const SizeList kCableSpecifications = {schema::CableSpecificationList, kWidestEntry, PackCableSpecification};
+constinit const SizeList kPipeSizes = {schema::kPipeSizeList, 16, PackFloats<kPipeSizeLayout, kPipeCells>};
+constinit const SizeList kConduitSizes = {schema::kPipeSizeList, 16, PackFloats<kPipeSizeLayout, kConduitCells>};
+constinit const SizeList kDuctSizes = {schema::kDuctSizeList, 8, PackFloats<kDuctSizeLayout, kDuctCells>};
+constinit const SizeList kTraySizes = {schema::kCableTraySizeList, sizeof(float), PackTraySize, true};
+constinit const SizeList kCableSpecifications = {schema::kCableSpecificationList, kWidestEntry, PackCableSpecification};
 
 void WriteSizeList(CQbase& qb, const SizeList& list, const web::json::value& content) {
     const web::json::array* rows = RowsOf(content);

@@ -21,14 +21,14 @@ void CopyMaterial(const IProjectSettingMaterial& from, IProjectSettingMaterial& 
 /// False when the record could not be made; an id that the store does not have leaves `material` empty.
 bool ReadMaterialOfModule(CQbase& qb, const wstring& id, vorn::OwnerPtr<IProjectSettingMaterial>& material) {
     const wstring moduleId = CurrentId(qb);
-    if (!qb.fetchEqualRec(schema::MTS, id))
+    if (!qb.fetchEqualRec(schema::kMaterial, id))
         return true;
     material = MakeMaterial();
     if (material != nullptr) {
         ReadId(qb, *material);
         ReadAttributes(qb, *material, MaterialAttributes());
     }
-    qb.fetchEqualRec(schema::PSI, moduleId);
+    qb.fetchEqualRec(schema::kSizeModule, moduleId);
     return material != nullptr;
 }
 

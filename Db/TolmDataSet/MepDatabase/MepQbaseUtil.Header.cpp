@@ -40,41 +40,42 @@ std::tm ToTime(const TimePoint& point) {
 /// The version in the header; -1 when there is none or it is negative.
 int ReadVersion(CQbase& qb) {
     long version = -1;
-    if (!FetchHeader(qb) || !qb.getLong(schema::LocalVersion, version) || version < 0)
+    if (!FetchHeader(qb) || !qb.getLong(schema::kLocalVersion, version) || version < 0)
         return -1;
     return static_cast<int>(std::min<long>(version, std::numeric_limits<int>::max()));
 }
 
 wstring ReadTimePoint(CQbase& qb) {
     TimePoint point{};
-    if (!FetchHeader(qb) || !qb.getBinary(schema::LastUpdateTimePoint, point.data()))
+    if (!FetchHeader(qb) || !qb.getBinary(schema::kLastUpdateTimePoint, point.data()))
         return {};
     return vorn::Clock::Format(ToTime(point));
 }
 
-constexpr const char* kClassesOfADownload[] = {schema::SYS, schema::COS, schema::MTS, schema::PSI,
-                                               schema::SMS, schema::MSG, schema::CRT};
+constexpr const char* kClassesOfADownload[] = {
+    schema::kSystemType,    schema::kConnectionSerie,    schema::kMaterial,       schema::kSizeModule,
+    schema::kMaterialSerie, schema::kMaterialSerieGroup, schema::kCircuitTemplate};
 
 } // namespace
 
 bool FetchHeader(CQbase& qb) {
     qb.resetFilters();
-    return qb.fetchFirstMember(schema::Header);
+    return qb.fetchFirstMember(schema::kHeader);
 }
 
 bool FetchOrCreateHeader(CQbase& qb) {
-    return FetchHeader(qb) || qb.createRec(schema::Header, schema::HeaderId);
+    return FetchHeader(qb) || qb.createRec(schema::kHeader, schema::kHeaderId);
 }
 
 bool StampVersion(CQbase& qb, int version) {
-    return FetchOrCreateHeader(qb) && qb.setLong(schema::LocalVersion, version) && qb.saveRec();
+    return FetchOrCreateHeader(qb) && qb.setLong(schema::kLocalVersion, version) && qb.saveRec();
 }
 
 wstring StampTimePoint(CQbase& qb) {
     const std::tm now = vorn::Clock::LocalNow();
     const TimePoint point = FromTime(now);
     const bool saved =
-        FetchOrCreateHeader(qb) && qb.setBinary(schema::LastUpdateTimePoint, point.data(), 0) && qb.saveRec();
+        FetchOrCreateHeader(qb) && qb.setBinary(schema::kLastUpdateTimePoint, point.data(), 0) && qb.saveRec();
     return saved ? vorn::Clock::Format(now) : wstring();
 }
 

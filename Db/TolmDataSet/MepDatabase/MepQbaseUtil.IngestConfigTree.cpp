@@ -19,28 +19,28 @@ using ingest::SizeList;
 using web::json::object;
 
 constexpr Field kNameAndTime[] = {
-    {"text", schema::Name, FieldKind::Text},
-    {"CreateTime", schema::CreateTime, FieldKind::Time, Presence::Optional},
+    {"text", schema::kName, FieldKind::Text},
+    {"CreateTime", schema::kCreateTime, FieldKind::Time, Presence::Optional},
 };
 constexpr Field kNameAlone[] = {
-    {"text", schema::Name, FieldKind::Text},
+    {"text", schema::kName, FieldKind::Text},
 };
 constexpr Field kWireNamesAndTime[] = {
-    {"text", schema::Name, FieldKind::Text},
-    {"text", schema::CableSpecTypeName, FieldKind::Text},
-    {"CreateTime", schema::CreateTime, FieldKind::Time, Presence::Optional},
+    {"text", schema::kName, FieldKind::Text},
+    {"text", schema::kCableSpecTypeName, FieldKind::Text},
+    {"CreateTime", schema::kCreateTime, FieldKind::Time, Presence::Optional},
 };
 
 constexpr Field kDuctContent[] = {
-    {"shape", schema::DuctShape, FieldKind::Short},
-    {"systemPress", schema::PressureGrade, FieldKind::Short},
+    {"shape", schema::kDuctShape, FieldKind::Short},
+    {"systemPress", schema::kPressureGrade, FieldKind::Short},
 };
 constexpr Field kWireContent[] = {
-    {"series", schema::CableMaterial, FieldKind::Short},
-    {"currentUseTemperature", schema::CableEnvironmentTemperature, FieldKind::Short},
+    {"series", schema::kCableMaterial, FieldKind::Short},
+    {"currentUseTemperature", schema::kCableEnvironmentTemperature, FieldKind::Short},
 };
 constexpr Field kTrayContent[] = {
-    {"type", schema::CableTrayShape, FieldKind::Short},
+    {"type", schema::kCableTrayShape, FieldKind::Short},
 };
 
 /// The class, object type and discipline of a record.
@@ -53,23 +53,24 @@ struct Slot {
 void OpenRecord(CQbase& qb, const Slot& slot, const std::wstring& id, std::span<const Field> fields,
                 const object& element) {
     ingest::FetchOrCreate(qb, slot.classCode, id);
-    qb.setShort(schema::MEPType, slot.mepType);
-    qb.setShort(schema::DisciplineId, slot.disciplineId);
+    qb.setShort(schema::kMEPType, slot.mepType);
+    qb.setShort(schema::kDisciplineId, slot.disciplineId);
     ingest::WriteFields(qb, fields, element);
 }
 
 // --- pipes: materials and their size tables ------------------------------------------------------------------------
 
+/// A whole number is passed over: the service writes each value with a fraction.
 void WriteRoughness(CQbase& qb, const web::json::value& content) {
     const web::json::value* roughness = content.is_null() ? nullptr : jsonread::Find(content.as_object(), "roughness");
-    if (roughness != nullptr && !roughness->is_null() && roughness->is_double())
-        qb.setDouble(schema::Roughness, FiniteNumber(*roughness));
+    if (roughness != nullptr && roughness->is_double())
+        qb.setDouble(schema::kRoughness, FiniteNumber(*roughness));
 }
 
 void WritePipeSizeTable(CQbase& qb, const Slot& slot, const std::wstring& id, const std::wstring& materialId,
                         const object& element) {
     OpenRecord(qb, slot, id, kNameAndTime, element);
-    ingest::SetText(qb, schema::MaterialId, materialId);
+    ingest::SetText(qb, schema::kMaterialId, materialId);
     ingest::Save(qb);
     const web::json::value& content = element.at("content");
     WriteRoughness(qb, content);
@@ -98,74 +99,47 @@ struct Group {
 
 /// The material of a duct size table has no id of the cloud's: it is made here once and kept.
 bool OpenDuctMaterial(CQbase& qb) {
-    const std::wstring known = ingest::GetText(qb, schema::MaterialId);
+    const std::wstring known = ingest::GetText(qb, schema::kMaterialId);
     if (!known.empty())
-        return qb.fetchEqualRec(schema::MTS, known);
+        return qb.fetchEqualRec(schema::kMaterial, known);
     const std::wstring made = ingest::NewId();
-    ingest::SetText(qb, schema::MaterialId, made);
+    ingest::SetText(qb, schema::kMaterialId, made);
     ingest::Save(qb);
-    return qb.createRec(schema::MTS, made);
+    return qb.createRec(schema::kMaterial, made);
 }
 
 void WriteDuctMaterial(CQbase& qb, const object& content) {
     const std::wstring name = jsonread::Text(content, "series");
     if (!OpenDuctMaterial(qb))
         return;
-    ingest::SetText(qb, schema::Name, name);
-    qb.setShort(schema::MEPType, 2);
-    qb.setShort(schema::DisciplineId, 1);
+    ingest::SetText(qb, schema::kName, name);
+    qb.setShort(schema::kMEPType, 2);
+    qb.setShort(schema::kDisciplineId, 1);
     ingest::Save(qb);
 }
 
+constexpr Slot kDucts = {schema::kSizeModule, 2, 1};
+constexpr Slot kWires = {schema::kSizeModule, 5, 3};
+constexpr Slot kConduits = {schema::kSizeModule, 4, 3};
+constexpr Slot kTrays = {schema::kSizeModule, 3, 3};
+constexpr Slot kPipeGroups = {schema::kMaterialSerieGroup, 1, 2};
+constexpr Slot kHvacPipeGroups = {schema::kMaterialSerieGroup, 1, 1};
+constexpr Slot kDuctGroups = {schema::kMaterialSerieGroup, 2, 1};
+constexpr std::span<const Field> kNoContent;
+
 constexpr Group kGroups[] = {
-    {L"ductSeriesType",
-     {schema::PSI, 2, 1},
-     kNameAndTime,
-     kDuctContent,
-     &ingest::kDuctSizes,
-     WriteDuctMaterial,
+    {L"ductSeriesType", kDucts, kNameAndTime, kDuctContent, &ingest::kDuctSizes, WriteDuctMaterial,
      L"ductSeriesType:下载风管类型失败"},
-    {L"electricWireType",
-     {schema::PSI, 5, 3},
-     kWireNamesAndTime,
-     kWireContent,
-     &ingest::kCableSpecifications,
-     nullptr,
+    {L"electricWireType", kWires, kWireNamesAndTime, kWireContent, &ingest::kCableSpecifications, nullptr,
      L"electricWireType:下载导线类型失败"},
-    {L"electricLinePipe",
-     {schema::PSI, 4, 3},
-     kNameAndTime,
-     {},
-     &ingest::kConduitSizes,
-     nullptr,
+    {L"electricLinePipe", kConduits, kNameAndTime, kNoContent, &ingest::kConduitSizes, nullptr,
      L"electricLinePipe:下载线管类型失败"},
-    {L"cableTray",
-     {schema::PSI, 3, 3},
-     kNameAndTime,
-     kTrayContent,
-     &ingest::kTraySizes,
-     nullptr,
-     L"cableTray:下载桥架类型失败"},
-    {L"pipeFittingGroup",
-     {schema::MSG, 1, 2},
-     kNameAndTime,
-     {},
-     nullptr,
-     nullptr,
+    {L"cableTray", kTrays, kNameAndTime, kTrayContent, &ingest::kTraySizes, nullptr, L"cableTray:下载桥架类型失败"},
+    {L"pipeFittingGroup", kPipeGroups, kNameAndTime, kNoContent, nullptr, nullptr,
      L"pipeFittingGroup:下载管配件组合的分组失败"},
-    {L"havcFittingGroup",
-     {schema::MSG, 1, 1},
-     kNameAndTime,
-     {},
-     nullptr,
-     nullptr,
+    {L"havcFittingGroup", kHvacPipeGroups, kNameAndTime, kNoContent, nullptr, nullptr,
      L"havcFittingGroup:下载管配件组合的分组失败"},
-    {L"ductFittingGroup",
-     {schema::MSG, 2, 1},
-     kNameAlone,
-     {},
-     nullptr,
-     nullptr,
+    {L"ductFittingGroup", kDuctGroups, kNameAlone, kNoContent, nullptr, nullptr,
      L"ductFittingGroup:下载管配件组合的分组失败"},
 };
 
@@ -213,9 +187,9 @@ void MepQbaseUtil::SyncPipeSizeTableItem(CQbase* qb, short disciplineId, const w
         const std::wstring id = jsonread::Text(fields, "ID");
         const std::wstring materialId = jsonread::Text(fields, "parentID");
         if (materialId.empty())
-            WritePipeMaterial(*qb, {schema::MTS, 1, disciplineId}, id, fields);
+            WritePipeMaterial(*qb, {schema::kMaterial, 1, disciplineId}, id, fields);
         else
-            WritePipeSizeTable(*qb, {schema::PSI, 1, disciplineId}, id, materialId, fields);
+            WritePipeSizeTable(*qb, {schema::kSizeModule, 1, disciplineId}, id, materialId, fields);
     });
 }
 

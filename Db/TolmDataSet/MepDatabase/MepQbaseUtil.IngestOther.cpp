@@ -19,23 +19,23 @@ using ingest::FieldKind;
 using web::json::object;
 
 constexpr Field kCircuitTemplateFields[] = {
-    {"SystemClassification", schema::SystemClassification, FieldKind::Short},
-    {"SystemTypeId", schema::SystemTypeId, FieldKind::Text},
-    {"SwitchComponentId1", schema::SwitchComponentId1, FieldKind::Text},
-    {"SwitchComponentId2", schema::SwitchComponentId2, FieldKind::Text},
-    {"SwitchComponentId3", schema::SwitchComponentId3, FieldKind::Text},
-    {"SwitchComponentType1", schema::SwitchComponentType1, FieldKind::Text},
-    {"SwitchComponentType2", schema::SwitchComponentType2, FieldKind::Text},
-    {"SwitchComponentType3", schema::SwitchComponentType3, FieldKind::Text},
-    {"Phase", schema::Phase, FieldKind::Short},
-    {"ProtectionMaterial", schema::ProtectionMaterial, FieldKind::Text},
-    {"WireType", schema::WireTypeId, FieldKind::Text},
-    {"WireSpec", schema::WireSpec, FieldKind::Text},
-    {"WireCountStr", schema::WireCountStr, FieldKind::Text},
-    {"ConduitType", schema::ConduitTypeId, FieldKind::Text},
-    {"ConduitSizeDN", schema::ConduitSizeDN, FieldKind::Short},
-    {"IsApply", schema::IsApply, FieldKind::Short},
-    {"LayingMode", schema::LayingMode, FieldKind::Text},
+    {"SystemClassification", schema::kSystemClassification, FieldKind::Short},
+    {"SystemTypeId", schema::kSystemTypeId, FieldKind::Text},
+    {"SwitchComponentId1", schema::kSwitchComponentId1, FieldKind::Text},
+    {"SwitchComponentId2", schema::kSwitchComponentId2, FieldKind::Text},
+    {"SwitchComponentId3", schema::kSwitchComponentId3, FieldKind::Text},
+    {"SwitchComponentType1", schema::kSwitchComponentType1, FieldKind::Text},
+    {"SwitchComponentType2", schema::kSwitchComponentType2, FieldKind::Text},
+    {"SwitchComponentType3", schema::kSwitchComponentType3, FieldKind::Text},
+    {"Phase", schema::kPhase, FieldKind::Short},
+    {"ProtectionMaterial", schema::kProtectionMaterial, FieldKind::Text},
+    {"WireType", schema::kWireTypeId, FieldKind::Text},
+    {"WireSpec", schema::kWireSpec, FieldKind::Text},
+    {"WireCountStr", schema::kWireCountStr, FieldKind::Text},
+    {"ConduitType", schema::kConduitTypeId, FieldKind::Text},
+    {"ConduitSizeDN", schema::kConduitSizeDN, FieldKind::Short},
+    {"IsApply", schema::kIsApply, FieldKind::Short},
+    {"LayingMode", schema::kLayingMode, FieldKind::Text},
 };
 
 struct CombinationTable {
@@ -67,7 +67,7 @@ void ForEachElement(const object& tables, const char* key, const CallSite& site,
 }
 
 void WriteCircuitTemplate(CQbase& qb, const object& element) {
-    ingest::FetchOrCreate(qb, schema::CRT, jsonread::Text(element, "ID"));
+    ingest::FetchOrCreate(qb, schema::kCircuitTemplate, jsonread::Text(element, "ID"));
     ingest::WriteFields(qb, kCircuitTemplateFields, element);
     ingest::Save(qb);
 }
@@ -108,6 +108,32 @@ void RemoveCombinedProducts(ITolmCategoryInfoUtils& utils, const wstring& path, 
                                                 category != nullptr ? category->GetEnglishName() : code, ids);
 }
 
+/// A missing member is told in the caller's name.
+bool Has(const object& row, const char* key, const CallSite& site) {
+    if (jsonread::Find(row, key) != nullptr)
+        return true;
+    site.Warn(L"ID为空");
+    return false;
+}
+
+/// Reads what the list form adds. False when the row lacks it, which is told in the caller's name.
+bool ReadListForm(const object& row, ITolmCategoryInfoUtils& utils, const CallSite& site,
+                  TolmCombinedProduct& product) {
+    if (!Has(row, "Spacing", site))
+        return false;
+    product.spacing = jsonread::Int(row, "Spacing");
+    if (!Has(row, "List", site))
+        return false;
+    const web::json::array& parts = row.at("List").as_array();
+    if (parts.size() == 0) {
+        site.Warn(L"partList.size()为0");
+        return false;
+    }
+    for (const auto& part : parts)
+        product.components.push_back(ReadReference(part.as_object(), kListedComponent, utils));
+    return true;
+}
+
 void WriteBinaryFile(const BinaryFileFolder& folder, const object& element) {
     const std::string bytes = base64_decode(element.at("data").as_string());
     jsonread::Int(element, "length"); // the length of the data counts, not what is said of it
@@ -136,26 +162,10 @@ bool MepQbaseUtil::GetCombinedProductFromJson(wstring categoryCode, web::json::v
         return false;
     }
     const CombinedProductForm form = FormOf(product.categoryCode);
+    if (form == CombinedProductForm::List)
+        return ReadListForm(row, *utils, TOLM_CALL_SITE, product);
     if (form == CombinedProductForm::Equipment)
         ReadEquipmentForm(row, *utils, product);
-    if (form != CombinedProductForm::List)
-        return true;
-    if (!element.has_field("Spacing")) {
-        VORN_DEBUG_WARN(L"ID为空");
-        return false;
-    }
-    product.spacing = jsonread::Int(row, "Spacing");
-    if (!element.has_field("List")) {
-        VORN_DEBUG_WARN(L"ID为空");
-        return false;
-    }
-    const web::json::array& partList = row.at("List").as_array();
-    if (partList.size() == 0) {
-        VORN_DEBUG_WARN(L"partList.size()为0");
-        return false;
-    }
-    for (const auto& part : partList)
-        product.components.push_back(ReadReference(part.as_object(), kListedComponent, *utils));
     return true;
 }
 
@@ -181,8 +191,9 @@ bool MepQbaseUtil::DeleteOtherContent(const web::json::object& del, CQbase* qb, 
         VORN_DEBUG_WARN(L"qb is null");
         return false;
     }
-    ForEachElement(del, "CircuitTemplate", TOLM_CALL_SITE, L"删除回路模板失败",
-                   [&](const object& element) { qb->deleteRec(schema::CRT, jsonread::Text(element, "ID")); });
+    ForEachElement(del, "CircuitTemplate", TOLM_CALL_SITE, L"删除回路模板失败", [&](const object& element) {
+        qb->deleteRec(schema::kCircuitTemplate, jsonread::Text(element, "ID"));
+    });
     const CallSite site = TOLM_CALL_SITE;
     DoUnit(site, L"删除组合设备失败", [&] {
         const auto idsByCode = CombinedProductIds(del);

@@ -26,18 +26,18 @@ constexpr short kConduit = 4;
 
 // A tray's or a conduit's row has no "minSize" and no "maxSize".
 constexpr Field kSerieFields[] = {
-    {"name", schema::Name, FieldKind::Text},
-    {"CreateTime", schema::CreateTime, FieldKind::Time, Presence::Optional},
-    {"minSize", schema::MinSize, FieldKind::Float, Presence::Optional},
-    {"maxSize", schema::MaxSize, FieldKind::Float, Presence::Optional},
-    {"preferredConnect", schema::JunctionType, FieldKind::Short, Presence::Optional},
-    {"PipeSegmentId", schema::SizeModuleId, FieldKind::Text, Presence::Optional},
+    {"name", schema::kName, FieldKind::Text},
+    {"CreateTime", schema::kCreateTime, FieldKind::Time, Presence::Optional},
+    {"minSize", schema::kMinSize, FieldKind::Float, Presence::Optional},
+    {"maxSize", schema::kMaxSize, FieldKind::Float, Presence::Optional},
+    {"preferredConnect", schema::kJunctionType, FieldKind::Short, Presence::Optional},
+    {"PipeSegmentId", schema::kSizeModuleId, FieldKind::Text, Presence::Optional},
 };
 constexpr Field kConduitParent[] = {
-    {"parentID", schema::SizeModuleId, FieldKind::Text, Presence::Optional},
+    {"parentID", schema::kSizeModuleId, FieldKind::Text, Presence::Optional},
 };
 constexpr Field kConnectionFields[] = {
-    {"connective", schema::ConnectionType, FieldKind::Short, Presence::Optional},
+    {"connective", schema::kConnectionType, FieldKind::Short, Presence::Optional},
 };
 
 /// A key of fittings, the rule that they serve and the only object type that has it.
@@ -82,9 +82,9 @@ public:
 
     void Store(CQbase& qb) const {
         if (m_count > 0)
-            qb.setBinaryArray(schema::FittingList, m_rows.data(), static_cast<int>(m_count), 0);
+            qb.setBinaryArray(schema::kFittingList, m_rows.data(), static_cast<int>(m_count), 0);
         else
-            qb.removeAttribute(schema::FittingList);
+            qb.removeAttribute(schema::kFittingList);
     }
 
 private:
@@ -119,19 +119,19 @@ void WriteGroupLink(CQbase& qb, const object& element) {
     const web::json::value* parent = jsonread::Find(element, "parentID");
     const wstring group = parent != nullptr ? WideText(*parent) : wstring();
     if (group.empty())
-        qb.removeAttribute(schema::SerieGroupId);
+        qb.removeAttribute(schema::kSerieGroupId);
     else
-        ingest::SetText(qb, schema::SerieGroupId, group);
+        ingest::SetText(qb, schema::kSerieGroupId, group);
 }
 
 /// Id of the size table of the trays of this shape; empty when there is none.
 wstring FindTraySizeTable(CQbase& qb, short shape, short disciplineId) {
     qb.resetFilters();
-    qb.setFilter(schema::CableTrayShape, "=", shape);
-    qb.setFilter(schema::DisciplineId, "=", disciplineId);
-    qb.setFilter(schema::MEPType, "=", kCableTray);
+    qb.setFilter(schema::kCableTrayShape, "=", shape);
+    qb.setFilter(schema::kDisciplineId, "=", disciplineId);
+    qb.setFilter(schema::kMEPType, "=", kCableTray);
     CWsz id;
-    if (qb.fetchFirstMember(schema::PSI))
+    if (qb.fetchFirstMember(schema::kSizeModule))
         qb.getObjId(id);
     qb.resetFilters();
     return id.str();
@@ -140,8 +140,10 @@ wstring FindTraySizeTable(CQbase& qb, short shape, short disciplineId) {
 /// A tray series names a shape; the size table of that shape is its parent. Without one the link stays.
 void WriteTrayLink(CQbase& qb, const wstring& id, short disciplineId, const object& element) {
     const wstring sizeTable = FindTraySizeTable(qb, jsonread::Short(element, "type"), disciplineId);
-    if (!sizeTable.empty() && qb.fetchEqualRec(schema::SMS, id))
-        ingest::SetText(qb, schema::SizeModuleId, sizeTable);
+    if (sizeTable.empty())
+        return;
+    ingest::FetchOrCreate(qb, schema::kMaterialSerie, id);
+    ingest::SetText(qb, schema::kSizeModuleId, sizeTable);
 }
 
 void WriteParentLink(CQbase& qb, const wstring& id, short mepType, short disciplineId, const object& element) {
@@ -155,9 +157,9 @@ void WriteParentLink(CQbase& qb, const wstring& id, short mepType, short discipl
 }
 
 void WriteSerie(CQbase& qb, const wstring& id, short mepType, short disciplineId, const object& element) {
-    ingest::FetchOrCreate(qb, schema::SMS, id);
-    qb.setShort(schema::MEPType, mepType);
-    qb.setShort(schema::DisciplineId, disciplineId);
+    ingest::FetchOrCreate(qb, schema::kMaterialSerie, id);
+    qb.setShort(schema::kMEPType, mepType);
+    qb.setShort(schema::kDisciplineId, disciplineId);
     ingest::WriteFields(qb, kSerieFields, element);
     ingest::Save(qb);
     WriteParentLink(qb, id, mepType, disciplineId, element);
@@ -165,13 +167,13 @@ void WriteSerie(CQbase& qb, const wstring& id, short mepType, short disciplineId
 
 /// A connection series has no id of the cloud's: it is made here once and used again at each download.
 void OpenConnectionSerie(CQbase& qb) {
-    const wstring known = ingest::GetText(qb, schema::ConnectionSerieId);
-    if (!known.empty() && qb.fetchEqualRec(schema::COS, known))
+    const wstring known = ingest::GetText(qb, schema::kConnectionSerieId);
+    if (!known.empty() && qb.fetchEqualRec(schema::kConnectionSerie, known))
         return;
     const wstring made = ingest::NewId();
-    ingest::SetText(qb, schema::ConnectionSerieId, made);
+    ingest::SetText(qb, schema::kConnectionSerieId, made);
     ingest::Save(qb);
-    ingest::FetchOrCreate(qb, schema::COS, made);
+    ingest::FetchOrCreate(qb, schema::kConnectionSerie, made);
 }
 
 void WriteConnectionSerie(CQbase& qb, short mepType, object& element) {
@@ -183,12 +185,12 @@ void WriteConnectionSerie(CQbase& qb, short mepType, object& element) {
 
 void DeleteSerie(CQbase& qb, const object& element) {
     const wstring id = jsonread::Text(element, "ID");
-    if (!qb.fetchEqualRec(schema::SMS, id))
+    if (!qb.fetchEqualRec(schema::kMaterialSerie, id))
         return;
-    const wstring connection = ingest::GetText(qb, schema::ConnectionSerieId);
+    const wstring connection = ingest::GetText(qb, schema::kConnectionSerieId);
     if (!connection.empty())
-        qb.deleteRec(schema::COS, connection);
-    qb.deleteRec(schema::SMS, id);
+        qb.deleteRec(schema::kConnectionSerie, connection);
+    qb.deleteRec(schema::kMaterialSerie, id);
 }
 
 } // namespace

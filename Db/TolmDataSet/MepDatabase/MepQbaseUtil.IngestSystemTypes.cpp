@@ -18,11 +18,11 @@ constexpr short kElectrical = 3;
 constexpr short kElectricalSystem = 6;
 
 constexpr Field kSystemTypeFields[] = {
-    {"systemType", schema::Name, FieldKind::Text},
-    {"code", schema::Code, FieldKind::Text},
-    {"description", schema::Description, FieldKind::Text},
-    {"systemCategory", schema::SystemClassification, FieldKind::Short},
-    {"CreateTime", schema::CreateTime, FieldKind::Time, Presence::Optional},
+    {"systemType", schema::kName, FieldKind::Text},
+    {"code", schema::kCode, FieldKind::Text},
+    {"description", schema::kDescription, FieldKind::Text},
+    {"systemCategory", schema::kSystemClassification, FieldKind::Short},
+    {"CreateTime", schema::kCreateTime, FieldKind::Time, Presence::Optional},
 };
 
 /// Where a table keeps its links, and what an empty list of them does.
@@ -32,8 +32,8 @@ struct LinkRule {
     bool emptyListClears;
 };
 
-constexpr LinkRule kCableLinks = {"bindIDs", schema::CableSpecTypeIds, false};
-constexpr LinkRule kSerieLinks = {"fittingIds", schema::MaterialSerieIds, true};
+constexpr LinkRule kCableLinks = {"bindIDs", schema::kCableSpecTypeIds, false};
+constexpr LinkRule kSerieLinks = {"fittingIds", schema::kMaterialSerieIds, true};
 
 CWszArray Texts(const web::json::array& values) {
     CWszArray texts;
@@ -59,9 +59,9 @@ void WriteSystemType(CQbase& qb, short mepType, short disciplineId, const object
                      std::map<wstring, bool>* createdIds) {
     const bool electrical = disciplineId == kElectrical;
     const wstring id = jsonread::Text(element, "ID");
-    const bool created = ingest::FetchOrCreate(qb, schema::SYS, id);
-    qb.setShort(schema::MEPType, electrical ? kElectricalSystem : mepType);
-    qb.setShort(schema::DisciplineId, disciplineId);
+    const bool created = ingest::FetchOrCreate(qb, schema::kSystemType, id);
+    qb.setShort(schema::kMEPType, electrical ? kElectricalSystem : mepType);
+    qb.setShort(schema::kDisciplineId, disciplineId);
     ingest::WriteFields(qb, kSystemTypeFields, element);
     WriteLinks(qb, electrical ? kCableLinks : kSerieLinks, element);
     ingest::Save(qb);
@@ -101,7 +101,7 @@ bool MepQbaseUtil::SyncDeletedSystemType(const web::json::object& del, CQbase* q
         return true;
     return DoUnit(TOLM_CALL_SITE, L"删除系统类型失败", [&] {
         for (const auto& element : types->as_array())
-            qb->deleteRec(schema::SYS, jsonread::Text(element.as_object(), "ID"));
+            qb->deleteRec(schema::kSystemType, jsonread::Text(element.as_object(), "ID"));
     });
 }
 

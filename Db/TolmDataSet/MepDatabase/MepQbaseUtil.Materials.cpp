@@ -16,14 +16,14 @@ bool MepQbaseUtil::ReadMaterialList(wstring filePath, wstring ddqFilePath, TolmP
     StoreFrame store(TOLM_CALL_SITE);
     if (!store.Open(filePath, ddqFilePath, StoreAccess::Read))
         return false;
-    store->setFilter(schema::MEPType, "=", ToShort(mepType));
-    store->setFilter(schema::DisciplineId, "=", ToShort(disciplineId));
+    store->setFilter(schema::kMEPType, "=", ToShort(mepType));
+    store->setFilter(schema::kDisciplineId, "=", ToShort(disciplineId));
     const auto read = [&](vorn::OwnerPtr<IProjectSettingMaterial>& material) {
         material->SetMEPType(mepType);
         material->SetDisciplineId(disciplineId);
         return read_materialserie_att(store.get(), material);
     };
-    store.ReadAll(schema::MTS, L"ptempMaterial为空", &MakeMaterial, read, list);
+    store.ReadAll(schema::kMaterial, L"ptempMaterial为空", &MakeMaterial, read, list);
     return store.Close() && !list.empty();
 }
 
@@ -32,7 +32,7 @@ bool MepQbaseUtil::ReadMaterial(wstring filePath, wstring ddqFilePath, wstring i
     StoreFrame store(TOLM_CALL_SITE);
     if (!store.Open(filePath, ddqFilePath, StoreAccess::Read))
         return false;
-    if (store->fetchEqualRec(schema::MTS, id)) {
+    if (store->fetchEqualRec(schema::kMaterial, id)) {
         auto read = MakeMaterial();
         if (read == nullptr)
             VORN_DEBUG_WARN(L"ptempMaterial为空");
@@ -50,7 +50,7 @@ bool MepQbaseUtil::WriteMaterial(wstring filePath, wstring ddqFilePath, const IP
     StoreFrame store(TOLM_CALL_SITE);
     if (!store.Open(filePath, ddqFilePath, StoreAccess::Write))
         return false;
-    return store.WriteTracked(schema::MTS, *newMaterial,
+    return store.WriteTracked(schema::kMaterial, *newMaterial,
                               [newMaterial](CQbase& qb) { WriteAttributes(qb, *newMaterial, MaterialAttributes()); });
 }
 
@@ -59,7 +59,7 @@ bool MepQbaseUtil::DeleteMaterialList(wstring filePath, wstring ddqFilePath,
     StoreFrame store(TOLM_CALL_SITE);
     if (!store.Open(filePath, ddqFilePath, StoreAccess::Change))
         return false;
-    return store.DeleteTracked(schema::MTS, materialList, L"material为空");
+    return store.DeleteTracked(schema::kMaterial, materialList, L"material为空");
 }
 
 bool MepQbaseUtil::read_materialserie_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingMaterial>& retMaterial) {
@@ -86,8 +86,8 @@ bool MepQbaseUtil::write_materialserie_att(CQbase* qb, const IProjectSettingMate
         return false;
     }
     const wstring id = pMaterial->GetId();
-    const bool exists = qb->existRec(schema::MTS, id);
-    if (!(exists ? qb->fetchEqualRec(schema::MTS, id) : qb->createRec(schema::MTS, id)))
+    const bool exists = qb->existRec(schema::kMaterial, id);
+    if (!(exists ? qb->fetchEqualRec(schema::kMaterial, id) : qb->createRec(schema::kMaterial, id)))
         return false;
     WriteAttributes(*qb, *pMaterial, NestedMaterialAttributes());
     return qb->saveRec();

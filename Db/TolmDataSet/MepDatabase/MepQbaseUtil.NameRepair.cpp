@@ -32,7 +32,7 @@ std::optional<wstring> NameOf(const Table& table, const wstring& id, const wchar
         return std::nullopt;
     }
     CWsz name;
-    if (!table.qb.getWsz(schema::Name, name, 1)) {
+    if (!table.qb.getWsz(schema::kName, name, 1)) {
         table.site.Warn(L"此条目没有name字段: " + id);
         return std::nullopt;
     }
@@ -73,9 +73,9 @@ std::map<wstring, wstring> Clashes(const Table& table, const std::vector<wstring
 /// Tells whether another record of the table than `id` bears the name.
 bool IsTaken(const Table& table, const wstring& name, const wstring& id) {
     table.qb.resetFilters();
-    table.qb.setFilter(schema::Name, "=", name.c_str());
-    table.qb.setFilter(schema::MEPType, "=", table.mepType);
-    table.qb.setFilter(schema::DisciplineId, "=", table.disciplineId);
+    table.qb.setFilter(schema::kName, "=", name.c_str());
+    table.qb.setFilter(schema::kMEPType, "=", table.mepType);
+    table.qb.setFilter(schema::kDisciplineId, "=", table.disciplineId);
     for (bool found = table.qb.fetchFirstMember(table.classCode); found; found = table.qb.fetchNextMember()) {
         CWsz member;
         if (table.qb.getObjId(member) && member.str() != id)
@@ -93,7 +93,7 @@ void Rename(const Table& table, const wstring& id, const wstring& name) {
     while (IsTaken(table, Numbered(name, number), id))
         ++number;
     if (table.qb.fetchEqualRec(table.classCode, id)) {
-        ingest::SetText(table.qb, schema::Name, Numbered(name, number));
+        ingest::SetText(table.qb, schema::kName, Numbered(name, number));
         table.qb.saveRec();
     }
 }

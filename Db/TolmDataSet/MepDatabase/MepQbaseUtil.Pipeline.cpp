@@ -83,7 +83,7 @@ private:
         if (!m_hasHeader)
             return !IsReadFailure(m_store->getLastError());
         long version = 0;
-        m_store->getLong(schema::LocalVersion, version);
+        m_store->getLong(schema::kLocalVersion, version);
         m_version = ClampToInt32(static_cast<double>(version));
         return true;
     }

@@ -1,5 +1,6 @@
 #include "MepDatabase/MepQbaseUtil.h"
 #include "Host/Session.h"
+#include "MepDatabase/ChangeTracking.h"
 #include "MepDatabase/IngestRecord.h"
 #include "MepDatabase/JsonRead.h"
 #include "MepDatabase/SystemRecovery.h"
@@ -23,7 +24,7 @@ constexpr SystemTypeTable kSystemTypeTables[] = {
 };
 
 constexpr int kNeeded = 1;
-constexpr int kCreated = 1;
+constexpr auto kCreated = static_cast<std::int32_t>(ChangeStatus::Created);
 
 bool IsNeeded(const web::json::value& status, const web::json::value& id) {
     return status.is_number() && status.is_integer() && WholeNumber(status) == kNeeded && id.is_string();
@@ -64,7 +65,8 @@ void MepQbaseUtil::RecoverInstantiatedSystemTypes(web::json::value recoverData, 
         return;
     }
     m_recoveredSystemTypeIds.clear();
-    const wstring datasetPath = TolmFilePathSettings::GetCurrentDatasetFilePath();
+    // Both files in one commit: no type comes back without its status record, and no status record without its type.
+    StatusCompanion status(*qb, TolmFilePathSettings::GetCurrentDatasetFilePath(), templateFilePath);
     for (const SystemTypeTable& table : kSystemTypeTables) {
         web::json::array* rows = FindArray(recoverData, table.key);
         if (rows == nullptr)
@@ -72,8 +74,7 @@ void MepQbaseUtil::RecoverInstantiatedSystemTypes(web::json::value recoverData, 
         std::map<wstring, bool> createdIds;
         SyncRecoveredSystemTypes(qb, table.mepType, table.disciplineId, jsonread::TakeElements(*rows), createdIds);
         for (const auto& [id, created] : createdIds) {
-            RecordLocalChange(datasetPath, templateFilePath, schema::SYS, id, kCreated, table.mepType,
-                              table.disciplineId);
+            status.Note({schema::kSystemType, id, kCreated, table.mepType, table.disciplineId});
             m_recoveredSystemTypeIds.push_back(id);
             if (recoverInfo != nullptr)
                 recoverInfo->recovered = true;

@@ -10,18 +10,18 @@ namespace {
 /// The name of the current record; a missing one leaves `name`.
 void ReadName(CQbase& qb, wstring& name) {
     CWsz text;
-    if (qb.getWsz(schema::Name, text, 1))
+    if (qb.getWsz(schema::kName, text, 1))
         name = text.str();
 }
 
 /// An electrical system type carries the cables' object type plus one.
 bool FindSystemTypeOfCable(CQbase& qb, const IProjectSettingSizeModule& module, wstring& referrerName) {
-    qb.setFilter(schema::DisciplineId, "=", ToShort(module.GetDisciplineId()));
-    qb.setFilter(schema::MEPType, "=", ToShort(static_cast<int>(module.GetMEPType()) + 1));
+    qb.setFilter(schema::kDisciplineId, "=", ToShort(module.GetDisciplineId()));
+    qb.setFilter(schema::kMEPType, "=", ToShort(static_cast<int>(module.GetMEPType()) + 1));
     const wstring id = module.GetId();
-    for (bool more = qb.fetchFirstMember(schema::SYS); more; more = qb.fetchNextMember()) {
+    for (bool more = qb.fetchFirstMember(schema::kSystemType); more; more = qb.fetchNextMember()) {
         CWszArray ids;
-        if (qb.getWszArray(schema::CableSpecTypeIds, ids, 100, -1) && ids.find(id.c_str()) >= 0) {
+        if (qb.getWszArray(schema::kCableSpecTypeIds, ids, 100, -1) && ids.find(id.c_str()) >= 0) {
             ReadName(qb, referrerName);
             return true;
         }
@@ -30,10 +30,10 @@ bool FindSystemTypeOfCable(CQbase& qb, const IProjectSettingSizeModule& module, 
 }
 
 bool FindSeriesOfSizeModule(CQbase& qb, const IProjectSettingSizeModule& module, wstring& referrerName) {
-    qb.setFilter(schema::MEPType, "=", ToShort(module.GetMEPType()));
-    qb.setFilter(schema::DisciplineId, "=", ToShort(module.GetDisciplineId()));
-    qb.setFilter(schema::SizeModuleId, "=", module.GetId().c_str());
-    if (!qb.fetchFirstMember(schema::SMS))
+    qb.setFilter(schema::kMEPType, "=", ToShort(module.GetMEPType()));
+    qb.setFilter(schema::kDisciplineId, "=", ToShort(module.GetDisciplineId()));
+    qb.setFilter(schema::kSizeModuleId, "=", module.GetId().c_str());
+    if (!qb.fetchFirstMember(schema::kMaterialSerie))
         return false;
     ReadName(qb, referrerName);
     return true;

@@ -24,10 +24,10 @@ wstring ListFault(const IProjectSettingSizeModule& module) {
 /// Stores the material of the current module, which is the current record again afterwards.
 bool WriteMaterialOfModule(MepQbaseUtil& util, CQbase& qb, const IProjectSettingMaterial& material) {
     const wstring moduleId = CurrentId(qb);
-    qb.setWsz(schema::MaterialId, material.GetId().c_str(), -1);
+    qb.setWsz(schema::kMaterialId, material.GetId().c_str(), -1);
     qb.saveRec();
     const bool written = util.write_materialserie_att(&qb, &material);
-    return qb.fetchEqualRec(schema::PSI, moduleId) && written;
+    return qb.fetchEqualRec(schema::kSizeModule, moduleId) && written;
 }
 
 } // namespace
@@ -38,15 +38,15 @@ bool MepQbaseUtil::ReadSizeModuleList(wstring filePath, wstring ddqFilePath, Tol
     StoreFrame store(TOLM_CALL_SITE);
     if (!store.Open(filePath, ddqFilePath, StoreAccess::Read))
         return false;
-    store->setFilter(schema::MEPType, "=", ToShort(mepType));
-    store->setFilter(schema::DisciplineId, "=", ToShort(disciplineId));
+    store->setFilter(schema::kMEPType, "=", ToShort(mepType));
+    store->setFilter(schema::kDisciplineId, "=", ToShort(disciplineId));
     MaterialCache materials;
     const auto read = [&](vorn::OwnerPtr<IProjectSettingSizeModule>& module) {
         module->SetMEPType(mepType);
         module->SetDisciplineId(disciplineId);
         return read_sizemodule_att(store.get(), module, materials);
     };
-    store.ReadAll(schema::PSI, L"ptempSize为空", &MakeSizeModule, read, list);
+    store.ReadAll(schema::kSizeModule, L"ptempSize为空", &MakeSizeModule, read, list);
     return store.Close() && !list.empty();
 }
 
@@ -55,10 +55,10 @@ bool MepQbaseUtil::ReadSizeModuleList(wstring filePath, wstring ddqFilePath, Tol
     StoreFrame store(TOLM_CALL_SITE);
     if (!store.Open(filePath, ddqFilePath, StoreAccess::Read))
         return false;
-    store->setFilter(schema::MEPType, "=", ToShort(mepType));
-    store->setFilter(schema::MaterialId, "=", materialId.c_str());
+    store->setFilter(schema::kMEPType, "=", ToShort(mepType));
+    store->setFilter(schema::kMaterialId, "=", materialId.c_str());
     vorn::OwnerPtr<IProjectSettingSizeModule> found;
-    if (store->fetchFirstMember(schema::PSI)) {
+    if (store->fetchFirstMember(schema::kSizeModule)) {
         found = MakeSizeModule();
         if (found == nullptr)
             VORN_DEBUG_WARN(L"ptempSize为空");
@@ -85,7 +85,7 @@ bool MepQbaseUtil::WriteSizeModule(wstring filePath, wstring ddqFilePath, const 
     StoreFrame store(TOLM_CALL_SITE);
     if (!store.Open(filePath, ddqFilePath, StoreAccess::Write))
         return false;
-    return store.WriteTracked(schema::PSI, *newSize, [&](CQbase& qb) { write_sizemodule_att(&qb, newSize); });
+    return store.WriteTracked(schema::kSizeModule, *newSize, [&](CQbase& qb) { write_sizemodule_att(&qb, newSize); });
 }
 
 bool MepQbaseUtil::DeleteSizeModuleList(wstring filePath, wstring ddqFilePath,
@@ -93,7 +93,7 @@ bool MepQbaseUtil::DeleteSizeModuleList(wstring filePath, wstring ddqFilePath,
     StoreFrame store(TOLM_CALL_SITE);
     if (!store.Open(filePath, ddqFilePath, StoreAccess::Change))
         return false;
-    return store.DeleteTracked(schema::PSI, sizeModuleList, L"size为空");
+    return store.DeleteTracked(schema::kSizeModule, sizeModuleList, L"size为空");
 }
 
 bool MepQbaseUtil::read_sizemodule_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingSizeModule>& retSizeModule) {
@@ -117,7 +117,7 @@ bool MepQbaseUtil::read_sizemodule_att(CQbase* qb, vorn::OwnerPtr<IProjectSettin
     if (kind != nullptr && !ReadAttributes(*qb, *retSizeModule, kind->attributes))
         VORN_DEBUG_WARN(L"pSize为空");
     CWsz materialId;
-    if (qb->getWsz(schema::MaterialId, materialId, 1) && !materials.GiveTo(*qb, materialId.str(), *retSizeModule))
+    if (qb->getWsz(schema::kMaterialId, materialId, 1) && !materials.GiveTo(*qb, materialId.str(), *retSizeModule))
         VORN_DEBUG_WARN(L"pMaterial为空");
     return true;
 }

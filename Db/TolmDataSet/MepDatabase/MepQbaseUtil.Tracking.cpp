@@ -33,9 +33,9 @@ Step StepFor(int current, int now) {
 }
 
 void SetAll(CQbase& status, const LocalChange& change) {
-    status.setShort(schema::Status, ToShort(change.status));
-    status.setShort(schema::MEPType, change.mepType);
-    status.setShort(schema::DisciplineId, change.disciplineId);
+    status.setShort(schema::kStatus, ToShort(change.status));
+    status.setShort(schema::kMEPType, change.mepType);
+    status.setShort(schema::kDisciplineId, change.disciplineId);
     status.saveRec();
 }
 
@@ -44,7 +44,7 @@ void Apply(CQbase& status, const LocalChange& change, Step step) {
     case Step::Keep:
         return;
     case Step::SetStatus:
-        status.setShort(schema::Status, ToShort(change.status));
+        status.setShort(schema::kStatus, ToShort(change.status));
         status.saveRec();
         return;
     case Step::SetAll:
@@ -71,7 +71,7 @@ void NoteLocalChange(CQbase& status, const LocalChange& change) {
         return;
     }
     short current = 0;
-    if (status.fetchEqualRec(change.classCode, change.id) && status.getShort(schema::Status, current))
+    if (status.fetchEqualRec(change.classCode, change.id) && status.getShort(schema::kStatus, current))
         Apply(status, change, StepFor(current, change.status));
 }
 
@@ -118,9 +118,9 @@ bool MepQbaseUtil::GetLocalChangedIdList(CQbase* qbStatus, int mepType, int disc
     std::vector<wstring>* const lists[] = {&createdIds, &editedIds, &removedIds};
     for (short status = 1; status <= 3; ++status) {
         qbStatus->resetFilters();
-        qbStatus->setFilter(schema::Status, "=", status);
-        qbStatus->setFilter(schema::MEPType, "=", ToShort(mepType));
-        qbStatus->setFilter(schema::DisciplineId, "=", ToShort(disciplineId));
+        qbStatus->setFilter(schema::kStatus, "=", status);
+        qbStatus->setFilter(schema::kMEPType, "=", ToShort(mepType));
+        qbStatus->setFilter(schema::kDisciplineId, "=", ToShort(disciplineId));
         CollectIds(*qbStatus, classCode, *lists[status - 1]);
     }
     return true;

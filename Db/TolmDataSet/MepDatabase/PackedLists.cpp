@@ -142,17 +142,18 @@ template <class Fields, class Entry> constexpr PackedLayout<Entry> Layout(std::s
 } // namespace
 
 constinit const PackedLayout<ProjectSettingPipeSize> kPipeSizeLayout =
-    Layout<PipeSizeFields, ProjectSettingPipeSize>(16);
+    Layout<PipeSizeFields, ProjectSettingPipeSize>(schema::kPipeSizeEntrySize);
 constinit const PackedLayout<ProjectSettingDuctSize> kDuctSizeLayout =
-    Layout<DuctSizeFields, ProjectSettingDuctSize>(8);
+    Layout<DuctSizeFields, ProjectSettingDuctSize>(schema::kDuctSizeEntrySize);
 constinit const PackedLayout<ProjectSettingCableSpec> kCableSpecLayout =
-    Layout<CableSpecFields, ProjectSettingCableSpec>(56);
-constinit const PackedLayout<PackedFitting> kFittingLayout = Layout<FittingFields, PackedFitting>(106);
+    Layout<CableSpecFields, ProjectSettingCableSpec>(schema::kCableSpecificationEntrySize);
+constinit const PackedLayout<PackedFitting> kFittingLayout =
+    Layout<FittingFields, PackedFitting>(schema::kFittingEntrySize);
 constinit const PackedLayout<DataSetInsulationMaxSize> kCircularSizeLayout =
-    Layout<CircularSizeFields, DataSetInsulationMaxSize>(4);
+    Layout<CircularSizeFields, DataSetInsulationMaxSize>(schema::kCircularMaxSizeEntrySize);
 constinit const PackedLayout<DataSetInsulationMaxSize> kRectSizeLayout =
-    Layout<RectSizeFields, DataSetInsulationMaxSize>(6);
+    Layout<RectSizeFields, DataSetInsulationMaxSize>(schema::kRectMaxSizeEntrySize);
 constinit const PackedLayout<DataSetDimensionMethodItem> kDimensionMethodLayout =
-    Layout<DimensionMethodFields, DataSetDimensionMethodItem>(10);
+    Layout<DimensionMethodFields, DataSetDimensionMethodItem>(schema::kDimensionMethodEntrySize);
 
 } // namespace tolm

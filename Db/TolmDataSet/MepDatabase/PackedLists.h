@@ -1,5 +1,6 @@
 #pragma once
 
+#include "MepDatabase/StoreSchema.h"
 #include "TolmDataSet/SmallRecords.h"
 
 #include <cstddef>
@@ -12,7 +13,7 @@
 namespace tolm {
 
 /// No list holds more entries than this.
-inline constexpr std::size_t kPackedListCapacity = 300;
+using schema::kPackedListCapacity;
 
 /// A fitting of a connection series as the store keeps it. The texts fill their fields without a terminator.
 struct PackedFitting {

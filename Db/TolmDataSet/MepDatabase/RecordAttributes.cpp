@@ -12,25 +12,25 @@ using Material = IProjectSettingMaterial;
 using SizeModule = IProjectSettingSizeModule;
 
 constexpr Attribute<Material> kMaterial[] = {
-    attribute::Text<&Material::GetName, &Material::SetName>(schema::Name),
-    attribute::Short<&Material::GetMEPType, &Material::SetMEPType>(schema::MEPType),
-    attribute::Short<&Material::GetDisciplineId, &Material::SetDisciplineId>(schema::DisciplineId),
-    attribute::Double<&Material::GetCreateTime, &Material::SetCreateTime>(schema::CreateTime),
+    attribute::Text<&Material::GetName, &Material::SetName>(schema::kName),
+    attribute::Short<&Material::GetMEPType, &Material::SetMEPType>(schema::kMEPType),
+    attribute::Short<&Material::GetDisciplineId, &Material::SetDisciplineId>(schema::kDisciplineId),
+    attribute::Double<&Material::GetCreateTime, &Material::SetCreateTime>(schema::kCreateTime),
 };
 
 constexpr auto kDiscipline =
-    attribute::Short<&SizeModule::GetDisciplineId, &SizeModule::SetDisciplineId>(schema::DisciplineId);
+    attribute::Short<&SizeModule::GetDisciplineId, &SizeModule::SetDisciplineId>(schema::kDisciplineId);
 
 // The discipline comes before the type, which has the last word on it.
 constexpr Attribute<SizeModule> kSizeModule[] = {
-    attribute::Text<&SizeModule::GetName, &SizeModule::SetName>(schema::Name),
+    attribute::Text<&SizeModule::GetName, &SizeModule::SetName>(schema::kName),
     attribute::ReadOnly(kDiscipline),
-    attribute::Short<&SizeModule::GetMEPType, &SizeModule::SetMEPType>(schema::MEPType),
-    attribute::Double<&SizeModule::GetCreateTime, &SizeModule::SetCreateTime>(schema::CreateTime),
+    attribute::Short<&SizeModule::GetMEPType, &SizeModule::SetMEPType>(schema::kMEPType),
+    attribute::Double<&SizeModule::GetCreateTime, &SizeModule::SetCreateTime>(schema::kCreateTime),
 };
 
 constexpr auto kPipeSizes =
-    attribute::List<kPipeSizeLayout, &SizeModule::GetPipeSizeList, &SizeModule::AddPipeSize>(schema::PipeSizeList);
+    attribute::List<kPipeSizeLayout, &SizeModule::GetPipeSizeList, &SizeModule::AddPipeSize>(schema::kPipeSizeList);
 
 /// A tray keeps the sizes alone, as floats.
 void WriteTraySizes(CQbase& qb, short id, const SizeModule& module) {
@@ -54,36 +54,36 @@ bool ReadTraySizes(CQbase& qb, short id, SizeModule& module) {
 
 constexpr Attribute<SizeModule> kPipe[] = {
     attribute::WriteOnly(kDiscipline),
-    attribute::Double<&SizeModule::GetRoughness, &SizeModule::SetRoughness>(schema::Roughness),
+    attribute::Double<&SizeModule::GetRoughness, &SizeModule::SetRoughness>(schema::kRoughness),
     kPipeSizes,
 };
 
 constexpr Attribute<SizeModule> kDuct[] = {
-    attribute::Constant<SizeModule, 1>(schema::DisciplineId),
-    attribute::Short<&SizeModule::GetPressureGrade, &SizeModule::SetPressureGrade>(schema::PressureGrade),
-    attribute::Short<&SizeModule::GetDuctShape, &SizeModule::SetDuctShape>(schema::DuctShape),
-    attribute::List<kDuctSizeLayout, &SizeModule::GetDuctSizeList, &SizeModule::AddDuctSize>(schema::DuctSizeList),
+    attribute::Constant<SizeModule, 1>(schema::kDisciplineId),
+    attribute::Short<&SizeModule::GetPressureGrade, &SizeModule::SetPressureGrade>(schema::kPressureGrade),
+    attribute::Short<&SizeModule::GetDuctShape, &SizeModule::SetDuctShape>(schema::kDuctShape),
+    attribute::List<kDuctSizeLayout, &SizeModule::GetDuctSizeList, &SizeModule::AddDuctSize>(schema::kDuctSizeList),
 };
 
 constexpr Attribute<SizeModule> kCableTray[] = {
-    attribute::Constant<SizeModule, 3>(schema::DisciplineId),
-    attribute::Short<&SizeModule::GetCableTrayShape, &SizeModule::SetCableTrayShape>(schema::CableTrayShape),
-    {schema::CableTraySizeList, &WriteTraySizes, &ReadTraySizes},
+    attribute::Constant<SizeModule, 3>(schema::kDisciplineId),
+    attribute::Short<&SizeModule::GetCableTrayShape, &SizeModule::SetCableTrayShape>(schema::kCableTrayShape),
+    {schema::kCableTraySizeList, &WriteTraySizes, &ReadTraySizes},
 };
 
 constexpr Attribute<SizeModule> kConduit[] = {
-    attribute::Constant<SizeModule, 3>(schema::DisciplineId),
+    attribute::Constant<SizeModule, 3>(schema::kDisciplineId),
     kPipeSizes,
 };
 
 constexpr Attribute<SizeModule> kWire[] = {
-    attribute::Constant<SizeModule, 3>(schema::DisciplineId),
-    attribute::Text<&SizeModule::GetCableSpecTypeName, &SizeModule::SetCableSpecTypeName>(schema::CableSpecTypeName),
+    attribute::Constant<SizeModule, 3>(schema::kDisciplineId),
+    attribute::Text<&SizeModule::GetCableSpecTypeName, &SizeModule::SetCableSpecTypeName>(schema::kCableSpecTypeName),
     attribute::Short<&SizeModule::GetCableEnvironmentTemperature, &SizeModule::SetCableEnvironmentTemperature>(
-        schema::CableEnvironmentTemperature),
-    attribute::Short<&SizeModule::GetCableMaterial, &SizeModule::SetCableMaterial>(schema::CableMaterial),
+        schema::kCableEnvironmentTemperature),
+    attribute::Short<&SizeModule::GetCableMaterial, &SizeModule::SetCableMaterial>(schema::kCableMaterial),
     attribute::List<kCableSpecLayout, &SizeModule::GetCableSpecificationList, &SizeModule::AddCableSpecification>(
-        schema::CableSpecificationList),
+        schema::kCableSpecificationList),
 };
 
 template <auto Getter> std::size_t LengthOf(const SizeModule& module) {

@@ -49,15 +49,11 @@ std::int32_t WholeNumber(const web::json::value& value) {
 }
 
 double FiniteNumber(const web::json::value& value) {
-    return Finite(value.as_double());
+    return Clamped<double>(value.as_double());
 }
 
 float FiniteFloat(const web::json::value& value) {
     return FiniteFloat(value.as_double());
-}
-
-double Finite(double number) {
-    return Clamped<double>(number);
 }
 
 float FiniteFloat(double number) {
@@ -70,10 +66,6 @@ std::int32_t ClampToInt32(double number) {
 
 web::json::value JsonText(std::wstring_view text) {
     return web::json::value::string(ToWire(text));
-}
-
-web::json::value JsonNumber(double number) {
-    return web::json::value::number(Finite(number));
 }
 
 web::json::value JsonTexts(const std::vector<wstring>& texts) {

@@ -29,13 +29,10 @@ double FiniteNumber(const web::json::value& value);
 float FiniteFloat(const web::json::value& value);
 
 /// `number` within the range of the type; NaN is 0.
-double Finite(double number);
 float FiniteFloat(double number);
 std::int32_t ClampToInt32(double number);
 
 web::json::value JsonText(std::wstring_view text);
-/// A number that is never `inf` or `nan`.
-web::json::value JsonNumber(double number);
 /// An array of strings, in the order of the list.
 web::json::value JsonTexts(const std::vector<wstring>& texts);
 

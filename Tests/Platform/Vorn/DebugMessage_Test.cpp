@@ -110,8 +110,8 @@ public:
     explicit Probe(bool takes) : m_takes(takes) {}
     void TestBody() override {
         Reporter::Report();
-        if (m_takes)
-            EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"qb为空"}));
+        const Warnings taken = m_takes ? TakeDebugWarnings() : Warnings{L"qb为空"};
+        EXPECT_EQ(taken, (Warnings{L"qb为空"}));
     }
 
 private:

@@ -1,5 +1,7 @@
 #include "Vorn/Text.h"
 
+#include "Vorn/UnicodeInternal.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -71,6 +73,29 @@ TEST(Text, WideUnitsThatAreNoCharactersBecomeReplacementCharacters) {
         EXPECT_EQ(StringUtil::ToString(std::wstring{static_cast<wchar_t>(0x110000)}), "\xEF\xBF\xBD");
         EXPECT_EQ(StringUtil::ToString(std::wstring{static_cast<wchar_t>(0xFFFFFFFF)}), "\xEF\xBF\xBD");
     }
+}
+
+std::u32string CharactersOf(std::u16string_view text) {
+    std::u32string characters;
+    for (std::size_t at = 0; at < text.size();)
+        characters += vorn::TakeCharacter(text, at);
+    return characters;
+}
+
+TEST(Text, InSixteenBitUnitsACharacterMayBeAPair) {
+    std::u16string text;
+    for (const char32_t character : U"a材\U00010000\U0010FFFF"s)
+        vorn::AppendCharacter(text, character);
+    EXPECT_EQ(text, u"a材\U00010000\U0010FFFF");
+    EXPECT_EQ(CharactersOf(text), U"a材\U00010000\U0010FFFF");
+}
+
+TEST(Text, InSixteenBitUnitsHalfAPairBecomesAReplacementCharacter) {
+    const char16_t high = 0xD83D;
+    const char16_t low = 0xDE00;
+    EXPECT_EQ(CharactersOf(std::u16string{high}), U"\uFFFD");
+    EXPECT_EQ(CharactersOf(std::u16string{low, high, u'a'}), U"\uFFFD\uFFFDa");
+    EXPECT_EQ(CharactersOf(std::u16string{high, high, low}), U"\uFFFD\U0001F600");
 }
 
 TEST(Text, AnyBytesConvertToTextThatIsWellFormedAndStable) {

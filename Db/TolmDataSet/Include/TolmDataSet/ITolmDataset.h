@@ -89,8 +89,9 @@ public:
     virtual bool GetAvailableConnectionList(TolmProjectSettingMEPObjectType objectType,
                                             std::map<MEPConnectorType, wstring>& connectorTypes,
                                             IdMap<IProjectSettingConnectionSerie>& series) = 0;
-    /// The module of the series or, without a series, the first of the object type and discipline whose duct shape is
-    /// `sectionType` (`None` takes the first of all). A fresh module when there is none; never an empty owner.
+    /// The module of the material `serieId` or, where that is empty, the first of the object type and discipline whose
+    /// duct shape is `sectionType` (`None` takes the first of all). A fresh module when there is none; never an empty
+    /// owner.
     virtual vorn::OwnerPtr<IProjectSettingSizeModule> GetSizeModule(TolmProjectSettingMEPObjectType objectType,
                                                                     MEPDisciplineId discipline, wstring serieId,
                                                                     SectionType sectionType) = 0;
@@ -153,8 +154,9 @@ public:
     /// Changes component and component type identifiers in the component database, by maps from old to new.
     virtual bool UpdateAllComponentId(std::map<wstring, wstring>& componentIds,
                                       std::map<wstring, wstring>& componentTypeIds) = 0;
-    /// Has the service fill the project from its default template of this kind.
-    virtual bool ApplyDefaultProjectSettingTemplate(const wstring& templateKind) = 0;
+    /// Has the service fill the project of this identifier with the default settings of its environment. False for an
+    /// empty identifier or where the service did not do it.
+    virtual bool ApplyDefaultProjectSettingTemplate(const wstring& projectId) = 0;
     /// Tells the service which settings of the work unit changed, and how. False, and a debug warning, without a
     /// session.
     virtual bool SendUpdateSettingDataInfo(const std::vector<wstring>& ids, int kind) = 0;

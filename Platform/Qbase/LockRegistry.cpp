@@ -1,0 +1,60 @@
+#include "Qbase/LockRegistryInternal.h"
+
+#include <algorithm>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace qbase {
+namespace {
+
+struct Holding {
+    FileIdentity file;
+    LockKind kind;
+    const void* owner;
+    std::thread::id thread;
+};
+
+struct Registry {
+    std::mutex mutex;
+    std::vector<Holding> holdings;
+};
+
+Registry& TheRegistry() {
+    static Registry registry;
+    return registry;
+}
+
+template <class Test> bool AnyOfThisThread(const FileIdentity& file, Test test) {
+    Registry& registry = TheRegistry();
+    const std::lock_guard lock(registry.mutex);
+    return std::ranges::any_of(registry.holdings, [&](const Holding& holding) {
+        return holding.file == file && holding.thread == std::this_thread::get_id() && test(holding);
+    });
+}
+
+} // namespace
+
+void LockRegistry::Add(const FileIdentity& file, LockKind kind, const void* owner) {
+    Registry& registry = TheRegistry();
+    const std::lock_guard lock(registry.mutex);
+    registry.holdings.push_back({file, kind, owner, std::this_thread::get_id()});
+}
+
+void LockRegistry::Remove(const void* owner) noexcept {
+    Registry& registry = TheRegistry();
+    const std::lock_guard lock(registry.mutex);
+    std::erase_if(registry.holdings, [&](const Holding& holding) { return holding.owner == owner; });
+}
+
+bool LockRegistry::WouldWaitForItself(const FileIdentity& file, LockKind wanted, const void* owner) {
+    return AnyOfThisThread(file, [&](const Holding& holding) {
+        return holding.owner != owner && (holding.kind == LockKind::Update || wanted == LockKind::Update);
+    });
+}
+
+bool LockRegistry::IsHeldForUpdate(const FileIdentity& file) {
+    return AnyOfThisThread(file, [](const Holding& holding) { return holding.kind == LockKind::Update; });
+}
+
+} // namespace qbase

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+namespace qbase {
+
+/// A file as the file system knows it, whatever path leads to it.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t number = 0;
+    friend auto operator<=>(const FileIdentity&, const FileIdentity&) = default;
+};
+
+enum class LockKind { None, Read, Update };
+
+/// Who holds which lock in this process, so that a thread that would wait for itself is refused at once. Any thread
+/// may call it.
+class LockRegistry {
+public:
+    /// Notes that this thread holds a lock on the file through `owner`.
+    static void Add(const FileIdentity& file, LockKind kind, const void* owner);
+    /// Forgets all locks of the owner.
+    static void Remove(const void* owner) noexcept;
+    /// True when this thread, through another owner, holds a lock that keeps `wanted` from ever being had.
+    static bool WouldWaitForItself(const FileIdentity& file, LockKind wanted, const void* owner);
+    /// True when this thread holds the file's update lock.
+    static bool IsHeldForUpdate(const FileIdentity& file);
+};
+
+} // namespace qbase

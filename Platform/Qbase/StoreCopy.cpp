@@ -1,0 +1,86 @@
+#include "Qbase/ConnectionInternal.h"
+#include "Qbase/SchemaInternal.h"
+#include "Qbase/StoreFileInternal.h"
+
+namespace qbase {
+namespace {
+
+struct BackupEnd {
+    void operator()(sqlite3_backup* backup) const { sqlite3_backup_finish(backup); }
+};
+
+void CopyPages(sqlite3* source, const std::string& schema, Connection& target) {
+    std::unique_ptr<sqlite3_backup, BackupEnd> backup(
+        sqlite3_backup_init(target.Get(), "main", source, schema.c_str()));
+    if (!backup)
+        throw SqlFailure{sqlite3_extended_errcode(target.Get())};
+    int code = SQLITE_BUSY;
+    do {
+        code = sqlite3_backup_step(backup.get(), -1);
+    } while ((code == SQLITE_BUSY || code == SQLITE_LOCKED) && target.Waiting().Wait());
+    const int end = sqlite3_backup_finish(backup.release());
+    if (code != SQLITE_DONE || end != SQLITE_OK)
+        throw SqlFailure{code != SQLITE_DONE ? code : end};
+}
+
+bool DeleteFile(const std::string& path, bool syncFolder) {
+    sqlite3_vfs* vfs = sqlite3_vfs_find(nullptr);
+    const int code = vfs->xDelete(vfs, path.c_str(), syncFolder ? 1 : 0);
+    return code == SQLITE_OK || code == SQLITE_IOERR_DELETE_NOENT;
+}
+
+/// The file goes first: a journal without its file is nothing, a file without its journal may be half written.
+bool DeleteFiles(const std::string& path) {
+    return DeleteFile(path, true) && DeleteFile(path + "-journal", true);
+}
+
+} // namespace
+
+void CopyFile(sqlite3* source, const std::string& schema, const std::string& target) {
+    const auto identity = IdentityOf(target);
+    if (identity && LockRegistry::WouldWaitForItself(*identity, LockKind::Update, nullptr))
+        throw SqlFailure{SQLITE_BUSY};
+    std::optional<Connection> connection;
+    try {
+        connection.emplace(target, true);
+    } catch (const SqlFailure& failure) {
+        if (ErrorOf(failure.code) != QbaseError::NotAStore || !RemoveFiles(target))
+            throw;
+        connection.emplace(target, true); // what stood there was nothing that could be overwritten page by page
+    }
+    CopyPages(source, schema, *connection);
+}
+
+bool CopyStore(const std::string& source, const std::string& target) {
+    const auto identity = IdentityOf(source);
+    if (!identity || identity == IdentityOf(target) ||
+        LockRegistry::WouldWaitForItself(*identity, LockKind::Read, nullptr))
+        return false;
+    Waiter waiter;
+    const auto kind = Examine(source, waiter);
+    if (kind != StoreFileKind::Store && kind != StoreFileKind::Unsettled)
+        return false;
+    Connection connection(source, false);
+    connection.Begin(LockKind::Read);
+    if (CheckMark(connection, "main") != QbaseError::None)
+        return false;
+    CopyFile(connection.Get(), "main", target);
+    return true;
+}
+
+bool RemoveFiles(const std::string& path) {
+    const auto identity = IdentityOf(path);
+    if (!identity || LockRegistry::IsHeldForUpdate(*identity))
+        return DeleteFiles(path);
+    if (LockRegistry::WouldWaitForItself(*identity, LockKind::Update, nullptr))
+        return false;
+    try {
+        Connection connection(path, false);
+        connection.Begin(LockKind::Update);
+        return DeleteFiles(path);
+    } catch (const SqlFailure& failure) {
+        return ErrorOf(failure.code) != QbaseError::Locked && DeleteFiles(path);
+    }
+}
+
+} // namespace qbase

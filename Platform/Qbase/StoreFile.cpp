@@ -1,0 +1,140 @@
+#include "Qbase/StoreFileInternal.h"
+
+#include "Vorn/Files.h"
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+#include <sys/stat.h>
+#include <vector>
+
+namespace qbase {
+namespace {
+
+using HeaderBytes = std::array<unsigned char, 100>;
+
+// Positions in the header of an SQLite file.
+constexpr std::string_view kMagic("SQLite format 3", 16);
+constexpr std::size_t kWriteVersionAt = 18;
+constexpr std::size_t kReadVersionAt = 19;
+constexpr std::size_t kUserVersionAt = 60;
+constexpr std::size_t kApplicationIdAt = 68;
+constexpr unsigned char kRollbackJournal = 1;
+
+/// A file opened through SQLite's own file layer, which knows of the locks that this process holds on it.
+class RawFile {
+public:
+    explicit RawFile(const std::string& path)
+        : m_vfs(sqlite3_vfs_find(nullptr)), m_name(sqlite3_create_filename(path.c_str(), (path + "-journal").c_str(),
+                                                                           (path + "-wal").c_str(), 0, nullptr)),
+          m_file(static_cast<sqlite3_file*>(sqlite3_malloc(m_vfs->szOsFile))) {
+        if (m_name == nullptr || m_file == nullptr) {
+            Release();
+            throw SqlFailure{SQLITE_NOMEM};
+        }
+        *m_file = {};
+        const int code = m_vfs->xOpen(m_vfs, m_name, m_file, SQLITE_OPEN_READONLY | SQLITE_OPEN_MAIN_DB, nullptr);
+        if (code != SQLITE_OK) {
+            Release();
+            throw SqlFailure{code};
+        }
+    }
+    ~RawFile() { Release(); }
+    RawFile(const RawFile&) = delete;
+    RawFile& operator=(const RawFile&) = delete;
+
+    /// False when the file is shorter.
+    bool Read(HeaderBytes& bytes) {
+        const int code = m_file->pMethods->xRead(m_file, bytes.data(), static_cast<int>(bytes.size()), 0);
+        if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ)
+            throw SqlFailure{code};
+        return code == SQLITE_OK;
+    }
+
+    void LockShared(Waiter& waiter) {
+        int code = SQLITE_BUSY;
+        do {
+            code = m_file->pMethods->xLock(m_file, SQLITE_LOCK_SHARED);
+        } while (code == SQLITE_BUSY && waiter.Wait());
+        if (code != SQLITE_OK)
+            throw SqlFailure{code};
+    }
+
+private:
+    void Release() noexcept {
+        if (m_file != nullptr && m_file->pMethods != nullptr) {
+            m_file->pMethods->xUnlock(m_file, SQLITE_LOCK_NONE);
+            m_file->pMethods->xClose(m_file);
+        }
+        sqlite3_free(m_file);
+        sqlite3_free_filename(m_name);
+    }
+
+    sqlite3_vfs* m_vfs;
+    sqlite3_filename m_name;
+    sqlite3_file* m_file;
+};
+
+int BigEndian(const HeaderBytes& bytes, std::size_t at) {
+    unsigned value = 0;
+    for (std::size_t i = 0; i < 4; ++i)
+        value = (value << 8) | bytes[at + i];
+    return static_cast<int>(value);
+}
+
+StoreFileKind Judge(RawFile& file) {
+    HeaderBytes bytes{};
+    if (!file.Read(bytes))
+        return StoreFileKind::Foreign;
+    const std::string_view magic(reinterpret_cast<const char*>(bytes.data()), kMagic.size());
+    if (magic != kMagic || BigEndian(bytes, kApplicationIdAt) != kApplicationId)
+        return StoreFileKind::Foreign;
+    const int version = BigEndian(bytes, kUserVersionAt);
+    if (version > kFormatVersion)
+        return StoreFileKind::Newer;
+    const bool hasJournal = bytes[kWriteVersionAt] == kRollbackJournal && bytes[kReadVersionAt] == kRollbackJournal;
+    return version > 0 && hasJournal ? StoreFileKind::Store : StoreFileKind::Foreign;
+}
+
+} // namespace
+
+bool IsPath(const std::wstring& path) {
+    return !path.empty() && path.find(L'\0') == std::wstring::npos;
+}
+
+std::string WholePath(const std::wstring& path) {
+    sqlite3_vfs* vfs = sqlite3_vfs_find(nullptr);
+    std::vector<char> whole(static_cast<std::size_t>(vfs->mxPathname) + 1);
+    const std::string native = vorn::FileSystem::ToNative(path);
+    const int code = vfs->xFullPathname(vfs, native.c_str(), static_cast<int>(whole.size()), whole.data());
+    if (code != SQLITE_OK && code != SQLITE_OK_SYMLINK)
+        throw SqlFailure{code};
+    return whole.data();
+}
+
+std::optional<FileIdentity> IdentityOf(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    return FileIdentity{status.st_dev, status.st_ino};
+}
+
+StoreFileKind Examine(const std::string& path, Waiter& waiter) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+        return StoreFileKind::Missing;
+    if (!S_ISREG(status.st_mode))
+        return StoreFileKind::Foreign;
+    if (status.st_size == 0)
+        return StoreFileKind::Empty;
+    RawFile file(path);
+    if (const auto kind = Judge(file); kind == StoreFileKind::Store)
+        return kind;
+    file.LockShared(waiter); // what a writer leaves half done for a moment is not to be judged
+    const auto kind = Judge(file);
+    if (kind != StoreFileKind::Store && IdentityOf(path + "-journal"))
+        return StoreFileKind::Unsettled;
+    return kind;
+}
+
+} // namespace qbase

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Qbase/LockRegistryInternal.h"
+#include "Qbase/SqlInternal.h"
+#include "Qbase/WaiterInternal.h"
+
+#include <optional>
+#include <string>
+
+namespace qbase {
+
+/// Marks a file as a store ("TOLM"), in the field that SQLite keeps for this.
+constexpr int kApplicationId = 0x544F4C4D;
+/// Version of the file format. A file of a later version is not opened.
+constexpr int kFormatVersion = 1;
+
+/// What stands at a path, as far as a look at the first bytes tells. The look changes nothing.
+enum class StoreFileKind {
+    Missing,   ///< nothing
+    Empty,     ///< a regular file without a byte, which is as good as none
+    Store,     ///< a store of this format version
+    Newer,     ///< a store of a later version
+    Foreign,   ///< anything else
+    Unsettled, ///< a crash or a writer left it half written, with a journal that will make it whole
+};
+
+/// True for a text that can name a file. A zero in it would cut it short and name another one.
+bool IsPath(const std::wstring& path);
+
+/// The whole path of the file that a path leads to, links followed: the journal stands beside that one. Throws
+/// `SqlFailure` where there can be none.
+std::string WholePath(const std::wstring& path);
+
+/// The file at the path; nothing where none stands.
+std::optional<FileIdentity> IdentityOf(const std::string& path);
+
+/// Looks at the file, and waits while another process writes it. Throws `SqlFailure` when it cannot be read.
+StoreFileKind Examine(const std::string& path, Waiter& waiter);
+
+/// Copies what a connection sees of one of its files over the file at `target`, which comes into being if it must.
+void CopyFile(sqlite3* source, const std::string& schema, const std::string& target);
+
+/// Copies the store at `source` under a read lock; false when it is none or a file cannot be had.
+bool CopyStore(const std::string& source, const std::string& target);
+
+/// Removes the file and its journal while nobody works on it; true when nothing stands there afterwards.
+bool RemoveFiles(const std::string& path);
+
+} // namespace qbase
