@@ -250,10 +250,10 @@ void Connection::RaiseLock(File& file) {
 
 void Connection::Leave(File& file) noexcept {
     file.inUse = false;
-    if (m_held != LockKind::None || &file != &m_files.back())
+    if (m_held != LockKind::None)
         return;
     const std::string schema = file.schema;
-    m_files.pop_back();
+    m_files.remove_if([&](const File& each) { return &each == &file; });
     Detach(schema);
 }
 

@@ -4,7 +4,7 @@
 #include "Qbase/SqlInternal.h"
 #include "Qbase/WaiterInternal.h"
 
-#include <deque>
+#include <list>
 #include <string>
 
 namespace qbase {
@@ -90,7 +90,7 @@ private:
     void EndTransaction() noexcept;
 
     std::unique_ptr<sqlite3, Closer> m_database;
-    std::deque<File> m_files; // the main file first; elements keep their place
+    std::list<File> m_files; // the main file first; elements keep their place
     LockKind m_held = LockKind::None;
     bool m_doomed = false;
     unsigned m_epoch = 0;

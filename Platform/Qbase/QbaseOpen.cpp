@@ -259,6 +259,8 @@ QbaseError CQbase::Impl::CopyTo(const std::wstring& target) {
     const auto identity = qbase::IdentityOf(path);
     if (identity && m_connection->Uses(*identity))
         return QbaseError::BadArgument;
+    if (!IsLocked() && m_connection->WouldWaitForItself(LockKind::Read))
+        return QbaseError::Locked;
     try {
         qbase::CopyFile(m_connection->Get(), m_file->schema, path);
     } catch (const SqlFailure& failure) {
