@@ -14,18 +14,19 @@ bool FailsNow() {
 
 } // namespace
 
-void* operator new(std::size_t size) {
+// Kept out of line: inlined, the pair looks to the compiler as if memory of new went to free.
+[[gnu::noinline]] void* operator new(std::size_t size) {
     void* const memory = FailsNow() ? nullptr : std::malloc(size != 0 ? size : 1);
     if (memory == nullptr)
         throw std::bad_alloc();
     return memory;
 }
 
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
