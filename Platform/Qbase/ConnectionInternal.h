@@ -56,8 +56,8 @@ public:
     bool Uses(const FileIdentity& file) const;
     /// True when a handle left the file at the path in this transaction.
     bool HasLeft(const std::string& path) { return FindLeft(path) != nullptr; }
-    /// True when the transaction that was begun is no more, since SQLite gave it up.
-    bool HasLostTransaction() const { return m_held != LockKind::None && sqlite3_get_autocommit(Get()) != 0; }
+    /// True when the failure cost the transaction that was begun: SQLite gave it up, or lets it write no more.
+    bool HasLostTransaction(const SqlFailure& failure) const;
 
     /// True when one of the files is no longer the one at its path.
     bool AnyMoved();

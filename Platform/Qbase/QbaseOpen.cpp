@@ -2,8 +2,6 @@
 #include "Qbase/SchemaInternal.h"
 #include "Qbase/StoreFileInternal.h"
 
-#include "Vorn/Files.h"
-
 using qbase::Connection;
 using qbase::LockKind;
 using qbase::LockRegistry;
@@ -11,10 +9,6 @@ using qbase::SqlFailure;
 using qbase::StoreFileKind;
 
 namespace {
-
-bool IsPath(const std::wstring& path) {
-    return !path.empty() && path.find(L'\0') == std::wstring::npos;
-}
 
 QbaseError ErrorOf(StoreFileKind kind, bool create) {
     switch (kind) {
@@ -48,10 +42,10 @@ CQbase::Impl::~Impl() {
 QbaseError CQbase::Impl::Prepare(const std::wstring& definitionPath, const std::wstring& filePath) {
     if (IsOpen())
         return QbaseError::WrongState;
-    if (!IsPath(definitionPath) || !IsPath(filePath))
+    if (!qbase::IsPath(definitionPath) || !qbase::IsPath(filePath))
         return QbaseError::BadArgument;
     m_definition = qbase::Definition::Load(definitionPath);
-    m_path = vorn::FileSystem::ToNative(filePath);
+    m_path = qbase::WholePath(filePath);
     return m_definition ? QbaseError::None : QbaseError::BadDefinition;
 }
 
@@ -155,6 +149,8 @@ QbaseError CQbase::Impl::JoinExamined(const std::shared_ptr<Connection>& connect
         if (error != QbaseError::None)
             return error;
     }
+    if (kind != StoreFileKind::Empty && kind != StoreFileKind::Missing && connection->Held() == LockKind::Update)
+        Connection(m_path, false); // a damage that is met in the transaction would forbid it to write
     return Join(connection, kind != StoreFileKind::Store);
 }
 
@@ -168,9 +164,9 @@ QbaseError CQbase::Impl::Join(const std::shared_ptr<Connection>& connection, boo
         if (error != QbaseError::None)
             Forget();
         return error;
-    } catch (const SqlFailure&) {
+    } catch (const SqlFailure& failure) {
         Forget();
-        if (connection->HasLostTransaction())
+        if (connection->HasLostTransaction(failure))
             connection->Doom();
         throw;
     }
@@ -186,8 +182,8 @@ QbaseError CQbase::Impl::Settle() {
     try {
         qbase::WriteSchema(*m_connection, m_file->schema, *m_definition);
         m_connection->Execute("RELEASE content");
-    } catch (const SqlFailure&) {
-        if (!m_connection->HasLostTransaction())
+    } catch (const SqlFailure& failure) {
+        if (!m_connection->HasLostTransaction(failure))
             m_connection->Execute("ROLLBACK TO content;RELEASE content");
         throw;
     }
@@ -257,9 +253,9 @@ void CQbase::Impl::Abandon() noexcept {
 }
 
 QbaseError CQbase::Impl::CopyTo(const std::wstring& target) {
-    if (!IsPath(target))
+    if (!qbase::IsPath(target))
         return QbaseError::BadArgument;
-    const std::string path = vorn::FileSystem::ToNative(target);
+    const std::string path = qbase::WholePath(target);
     const auto identity = qbase::IdentityOf(path);
     if (identity && m_connection->Uses(*identity))
         return QbaseError::BadArgument;
