@@ -32,12 +32,12 @@ protected:
 
     /// A change of a material through the table.
     void EditLocally() {
-        auto& materials = const_cast<tolm::IMaterialData&>(
-            *dataset.Api().GetMaterialData(tolm::TolmProjectSettingTableId::PlumbingPipeMaterials));
+        auto* const materials =
+            tolm::EditTable(dataset.Api().GetMaterialData(tolm::TolmProjectSettingTableId::PlumbingPipeMaterials));
         auto material = tolm::IProjectSettingMaterial::Create();
         std::wstring id = L"m";
         material->SetId(id);
-        materials.AddMaterial(std::move(material));
+        materials->AddMaterial(std::move(material));
     }
 
     HostedDataset dataset = Dataset(L"a");
