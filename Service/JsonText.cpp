@@ -9,8 +9,9 @@ namespace {
 
 using nlohmann::json;
 
-bool RefuseDepth(int depth, json::parse_event_t, json&) {
-    if (depth > kDeepestJson)
+bool RefuseDepth(int depth, json::parse_event_t event, json&) {
+    const bool begins = event == json::parse_event_t::array_start || event == json::parse_event_t::object_start;
+    if (begins && depth >= kDeepestJson)
         throw Refusal(Answer::IllFormed, "the JSON text is nested too deeply");
     return true;
 }

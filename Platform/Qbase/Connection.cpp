@@ -9,10 +9,10 @@ namespace {
 
 constexpr int kSynchronousFull = 2;
 
-/// A path as an address that tells whether the file may come into being.
+/// A whole path as an address that tells whether the file may come into being.
 std::string UriOf(const std::string& path, bool create) {
     constexpr std::string_view hex = "0123456789ABCDEF";
-    std::string uri = path.starts_with('/') ? "file://" : "file:./"; // else a name could be read as a host
+    std::string uri = "file://";
     for (const char c : path) {
         const auto byte = static_cast<unsigned char>(c);
         if (c == '%' || c == '?' || c == '#') {
@@ -41,8 +41,7 @@ void Connection::Closer::operator()(sqlite3* database) const {
 Connection::Connection(const std::string& path, bool create) {
     Open(path, create);
     Configure();
-    AddFile("main", path).inUse = true;
-    Main().look.Run();
+    AddFile("main", path).inUse = true; // reads the schema
 }
 
 Connection::~Connection() {

@@ -3,7 +3,6 @@
 #include "Qbase/QbaseImplInternal.h"
 #include "Qbase/StoreFileInternal.h"
 
-#include "Vorn/Files.h"
 #include "Vorn/Text.h"
 
 #include <atomic>
@@ -14,6 +13,16 @@ namespace {
 
 constexpr int kDefaultLockTimeout = 5000;
 std::atomic<int> g_lockTimeout{kDefaultLockTimeout};
+
+template <class Work> bool Succeeds(Work work) noexcept {
+    try {
+        return work();
+    } catch (const qbase::SqlFailure&) {
+        return false;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
 
 } // namespace
 
@@ -129,17 +138,10 @@ bool CQbase::copyTo(const std::wstring& target) {
 }
 
 bool CQbase::removeStore(const std::wstring& filePath) {
-    try {
-        return !filePath.empty() && qbase::RemoveFiles(vorn::FileSystem::ToNative(filePath));
-    } catch (const std::exception&) {
-        return false;
-    }
+    return qbase::IsPath(filePath) && Succeeds([&] { return qbase::RemoveFiles(qbase::WholePath(filePath)); });
 }
 
 bool CQbase::copyStore(const std::wstring& source, const std::wstring& target) {
-    try {
-        return qbase::CopyStore(vorn::FileSystem::ToNative(source), vorn::FileSystem::ToNative(target));
-    } catch (const std::exception&) {
-        return false;
-    }
+    return qbase::IsPath(source) && qbase::IsPath(target) &&
+           Succeeds([&] { return qbase::CopyStore(qbase::WholePath(source), qbase::WholePath(target)); });
 }

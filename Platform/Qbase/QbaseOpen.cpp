@@ -2,8 +2,6 @@
 #include "Qbase/SchemaInternal.h"
 #include "Qbase/StoreFileInternal.h"
 
-#include "Vorn/Files.h"
-
 using qbase::Connection;
 using qbase::LockKind;
 using qbase::LockRegistry;
@@ -11,10 +9,6 @@ using qbase::SqlFailure;
 using qbase::StoreFileKind;
 
 namespace {
-
-bool IsPath(const std::wstring& path) {
-    return !path.empty() && path.find(L'\0') == std::wstring::npos;
-}
 
 QbaseError ErrorOf(StoreFileKind kind, bool create) {
     switch (kind) {
@@ -48,10 +42,10 @@ CQbase::Impl::~Impl() {
 QbaseError CQbase::Impl::Prepare(const std::wstring& definitionPath, const std::wstring& filePath) {
     if (IsOpen())
         return QbaseError::WrongState;
-    if (!IsPath(definitionPath) || !IsPath(filePath))
+    if (!qbase::IsPath(definitionPath) || !qbase::IsPath(filePath))
         return QbaseError::BadArgument;
     m_definition = qbase::Definition::Load(definitionPath);
-    m_path = vorn::FileSystem::ToNative(filePath);
+    m_path = qbase::WholePath(filePath);
     return m_definition ? QbaseError::None : QbaseError::BadDefinition;
 }
 
@@ -257,9 +251,9 @@ void CQbase::Impl::Abandon() noexcept {
 }
 
 QbaseError CQbase::Impl::CopyTo(const std::wstring& target) {
-    if (!IsPath(target))
+    if (!qbase::IsPath(target))
         return QbaseError::BadArgument;
-    const std::string path = vorn::FileSystem::ToNative(target);
+    const std::string path = qbase::WholePath(target);
     const auto identity = qbase::IdentityOf(path);
     if (identity && m_connection->Uses(*identity))
         return QbaseError::BadArgument;

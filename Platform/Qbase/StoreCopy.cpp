@@ -52,22 +52,20 @@ void CopyFile(sqlite3* source, const std::string& schema, const std::string& tar
 }
 
 bool CopyStore(const std::string& source, const std::string& target) {
-    try {
-        const auto identity = IdentityOf(source);
-        Waiter waiter;
-        const auto kind = Examine(source, waiter);
-        const bool mayBeStore = kind == StoreFileKind::Store || kind == StoreFileKind::Unsettled;
-        if (!identity || !mayBeStore || LockRegistry::WouldWaitForItself(*identity, LockKind::Read, nullptr))
-            return false;
-        Connection connection(source, false);
-        connection.Begin(LockKind::Read);
-        if (CheckMark(connection, "main") != QbaseError::None)
-            return false;
-        CopyFile(connection.Get(), "main", target);
-        return true;
-    } catch (const SqlFailure&) {
+    const auto identity = IdentityOf(source);
+    if (!identity || identity == IdentityOf(target) ||
+        LockRegistry::WouldWaitForItself(*identity, LockKind::Read, nullptr))
         return false;
-    }
+    Waiter waiter;
+    const auto kind = Examine(source, waiter);
+    if (kind != StoreFileKind::Store && kind != StoreFileKind::Unsettled)
+        return false;
+    Connection connection(source, false);
+    connection.Begin(LockKind::Read);
+    if (CheckMark(connection, "main") != QbaseError::None)
+        return false;
+    CopyFile(connection.Get(), "main", target);
+    return true;
 }
 
 bool RemoveFiles(const std::string& path) {

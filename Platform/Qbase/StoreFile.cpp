@@ -1,9 +1,12 @@
 #include "Qbase/StoreFileInternal.h"
 
+#include "Vorn/Files.h"
+
 #include <array>
 #include <cstddef>
 #include <string_view>
 #include <sys/stat.h>
+#include <vector>
 
 namespace qbase {
 namespace {
@@ -94,6 +97,20 @@ StoreFileKind Judge(RawFile& file) {
 }
 
 } // namespace
+
+bool IsPath(const std::wstring& path) {
+    return !path.empty() && path.find(L'\0') == std::wstring::npos;
+}
+
+std::string WholePath(const std::wstring& path) {
+    sqlite3_vfs* vfs = sqlite3_vfs_find(nullptr);
+    std::vector<char> whole(static_cast<std::size_t>(vfs->mxPathname) + 1);
+    const std::string native = vorn::FileSystem::ToNative(path);
+    const int code = vfs->xFullPathname(vfs, native.c_str(), static_cast<int>(whole.size()), whole.data());
+    if (code != SQLITE_OK && code != SQLITE_OK_SYMLINK)
+        throw SqlFailure{code};
+    return whole.data();
+}
 
 std::optional<FileIdentity> IdentityOf(const std::string& path) {
     struct stat status {};

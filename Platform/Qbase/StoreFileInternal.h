@@ -24,6 +24,13 @@ enum class StoreFileKind {
     Unsettled, ///< a crash or a writer left it half written, with a journal that will make it whole
 };
 
+/// True for a text that can name a file. A zero in it would cut it short and name another one.
+bool IsPath(const std::wstring& path);
+
+/// The whole path of the file that a path leads to, links followed: the journal stands beside that one. Throws
+/// `SqlFailure` where there can be none.
+std::string WholePath(const std::wstring& path);
+
 /// The file at the path; nothing where none stands.
 std::optional<FileIdentity> IdentityOf(const std::string& path);
 

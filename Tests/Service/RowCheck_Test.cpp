@@ -110,9 +110,9 @@ const std::vector<BadRow> kWrongTypes{
      "PipeType, row \"r\": Tee: \"categoryCode\" is missing"},
     {"PipeType", With(Series("r", "R"), "Tee", {{{"id", "i"}, {"categoryCode", "c"}}}),
      "PipeType, row \"r\": Tee: \"FittingPartType\" is missing"},
-    {"PipeType", With(Series("r", "R"), "Tee", {With(kFitting, "max", "9")}),
+    {"PipeType", With(Series("r", "R"), "Tee", json::array({With(kFitting, "max", "9")})),
      "PipeType, row \"r\": Tee: \"max\" has a value of the wrong type"},
-    {"PipeType", With(Series("r", "R"), "Tee", {With(kFitting, "id", true)}),
+    {"PipeType", With(Series("r", "R"), "Tee", json::array({With(kFitting, "id", true)})),
      "PipeType, row \"r\": Tee: \"id\" has a value of the wrong type"},
     {"DuctSystemType", With(SystemType("r", "R"), "fittingIds", {"a", 1}),
      "DuctSystemType, row \"r\": \"fittingIds\" has a value of the wrong type"},
@@ -178,7 +178,7 @@ TEST(SettingRow, NumbersInSizeListsMayBeTexts) {
 }
 
 TEST(SettingRow, AFittingsIdMayBeANumber) {
-    Made("PipeType", With(Series("r", "R"), "Elbow", {With(kFitting, "id", 12345)}));
+    Made("PipeType", With(Series("r", "R"), "Elbow", json::array({With(kFitting, "id", 12345)})));
 }
 
 TEST(SettingRow, NullStandsForAnAbsentKey) {

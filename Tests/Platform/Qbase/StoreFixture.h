@@ -15,6 +15,7 @@
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace qbasetest {
@@ -104,13 +105,60 @@ inline QbaseError ErrorOf(const CQbase& qb) {
     return static_cast<QbaseError>(qb.getLastError());
 }
 
+/// A pipe between two processes, for taking turns.
+class Turn {
+public:
+    Turn() { EXPECT_EQ(pipe(m_ends), 0); }
+    ~Turn() {
+        close(m_ends[0]);
+        close(m_ends[1]);
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+    void Give() const { EXPECT_EQ(write(m_ends[1], "x", 1), 1); }
+    void Await() const {
+        char byte = 0;
+        EXPECT_EQ(read(m_ends[0], &byte, 1), 1);
+    }
+
+private:
+    int m_ends[2] = {-1, -1};
+};
+
+/// A child process that does its work when it is told to. It must be made before this process holds a store: a child
+/// takes over what the process believes of its locks, and not the locks.
+class Child {
+public:
+    explicit Child(const std::function<bool()>& work) : m_process(fork()) {
+        if (m_process == 0) {
+            m_start.Await();
+            _exit(work() ? 0 : 1);
+        }
+    }
+    ~Child() {
+        if (m_process > 0)
+            Run();
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    /// Lets it work; true when the work came to its end and was true.
+    bool Run() {
+        m_start.Give();
+        int status = 0;
+        const bool ended = waitpid(std::exchange(m_process, 0), &status, 0) > 0;
+        return ended && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
+private:
+    Turn m_start;
+    pid_t m_process;
+};
+
 /// Runs the work in a child process; true when it returned true there.
 inline bool InChild(const std::function<bool()>& work) {
-    const pid_t child = fork();
-    if (child == 0)
-        _exit(work() ? 0 : 1);
-    int status = 0;
-    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return Child(work).Run();
 }
 
 /// A definition file and the path of a store that does not stand yet.
