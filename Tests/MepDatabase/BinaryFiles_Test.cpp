@@ -186,6 +186,29 @@ TEST_F(BinaryFiles, EveryStoreIsRefusedAlsoWhileItIsInUse) {
     ExpectRefused(L"other.db");
 }
 
+TEST_F(BinaryFiles, WhatStandsBesideAnyStoreIsRefused) {
+    tolm::TolmFilePathSettings::SetCurrentDatasetFilePath(L"");
+    const wchar_t* const names[] = {L"other_Status.db", L"other_temp.db", L"other_Status_temp.db"};
+    const wchar_t* const suffixes[] = {L"-journal", L"-wal", L"-shm"};
+    for (const wchar_t* name : names)
+        EXPECT_NO_THROW(Folder().Write(name, "x"));
+    for (const wchar_t* suffix : suffixes)
+        EXPECT_NO_THROW(Folder().Write(wstring(L"other.db") + suffix, "x"));
+    fs::remove(Native(L"other.db-journal"));
+    CQbase store;
+    ASSERT_TRUE(store.openDatabase(definition, folder.File(L"other.db"), true));
+    for (const wchar_t* name : names) {
+        ExpectRefused(name);
+        for (const wchar_t* suffix : suffixes) {
+            ExpectRefused(wstring(L"other.db") + suffix);
+            ExpectRefused(wstring(name) + suffix);
+        }
+    }
+    EXPECT_NO_THROW(Folder().Write(L"another_Status.db", "x"));
+    EXPECT_NO_THROW(Folder().Write(L"_Status.db", "x"));
+    EXPECT_NO_THROW(Folder().Write(L"-journal", "x"));
+}
+
 TEST_F(BinaryFiles, AFileThatIsNoStoreIsTheClouds) {
     Put(L"f", "SQLite format 3");
     EXPECT_NO_THROW(Folder().Write(L"f", ""));

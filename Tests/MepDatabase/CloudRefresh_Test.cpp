@@ -2,7 +2,11 @@
 
 #include "Host/Categories.h"
 #include "Host/Components.h"
+#include "Host/Session.h"
+#include "Vorn/Log.h"
 
+#include <stdexcept>
+#include <tuple>
 #include <utility>
 
 using namespace tolmtest;
@@ -99,6 +103,20 @@ TEST_F(CloudAdditions, OfFilesGoToTheBinaryFolder) {
     EXPECT_EQ(FileBytes(folder.File(L"a.bin")), "abc");
 }
 
+TEST_F(CloudAdditions, OfFilesTouchNothingOfTheStoreThatIsRefreshed) {
+    tolm::TolmFilePathSettings::SetCurrentDatasetFilePath(L"");
+    const std::vector<std::string> names{"set.db", "set.db-journal", "set_Status.db", "set_temp.db",
+                                         "set_Status_temp.db"};
+    std::string rows = R"({"fileName":"a.bin","length":3,"data":"YWJj"})";
+    for (const auto& name : names)
+        rows += R"(,{"fileName":")" + name + R"(","length":3,"data":"YWJj"})";
+    EXPECT_TRUE(Add(Table("BinaryTable", rows) + "," + Table("PipeSystemType", SystemType("S1", "a"))));
+    EXPECT_EQ(TakeDebugWarnings(), Warnings(names.size(), L"BinaryTable:下载文件失败"));
+    EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S1 a 1 2"}));
+    EXPECT_FALSE(Exists(statusPath));
+    EXPECT_EQ(FileBytes(folder.File(L"a.bin")), "abc");
+}
+
 TEST_F(CloudAdditions, OfCombinedProductsGoToTheirOwnFile) {
     auto& categories = tolm::TolmCategoryInfoUtilsHandler::Get();
     categories.SetUtils(tolm::CreateCategoryInfoUtils(folder.File(L"components.db")));
@@ -149,6 +167,54 @@ TEST_F(CloudAdditions, LoseASystemTypeTableThatIsNoArray) {
         EXPECT_EQ(lines[1], failure);
         EXPECT_EQ(TakeNotifications(), Loaded);
         EXPECT_EQ(Records(schema::kMaterialSerie), (RecordLines{"T1 a 1 2"}));
+    }
+}
+
+/// A log that fails once, at the first line, and keeps the others: what an operation cannot log itself is raised to
+/// the one that called it.
+class LogThatFailsOnce {
+public:
+    LogThatFailsOnce() {
+        s_lines.clear();
+        s_failed = false;
+        vorn::LogManager::SetSink([](const std::wstring& line) {
+            if (!std::exchange(s_failed, true))
+                throw std::runtime_error("no log");
+            s_lines.push_back(line);
+        });
+    }
+    ~LogThatFailsOnce() { const WithoutHandlers restoreTheUsualOnes; }
+    LogThatFailsOnce(const LogThatFailsOnce&) = delete;
+    LogThatFailsOnce& operator=(const LogThatFailsOnce&) = delete;
+
+    const LogLines& Lines() const { return s_lines; }
+
+private:
+    inline static LogLines s_lines;
+    inline static bool s_failed = false;
+};
+
+TEST_F(CloudAdditions, LoseOneElementWhoseFailureIsRaisedToTheRefresh) {
+    const std::tuple<const char*, std::string, const wchar_t*> cases[] = {
+        {"ConfigTree", R"({"groupName":"MaterialSeries"})", L"MaterialSeries:下载给排水管道材质或者管段失败"},
+        {"ConfigTree", R"({"groupName":"HVACMaterialSeries"})", L"HVACMaterialSeries:下载暖通管道材质 或者管段失败"},
+        {"PipeSystemType", "{}", L"PipeSystemType:下载给排水管道系统类型失败"},
+        {"PipeType", "{}", L"PipeType:下载管配件组合失败"},
+        {"HVACPipeType", "{}", L"HVACPipeType:下载管配件组合失败"},
+        {"DuctType", "{}", L"DuctType:下载风管配件组合失败"},
+        {"ConduitFittingsType", "{}", L"下载线管配件组合失败"},
+        {"CableTrayFittingsType", "{}", L"下载桥架管配件组合失败"},
+    };
+    for (const auto& [table, element, failure] : cases) {
+        CQbase::removeStore(path);
+        const LogThatFailsOnce log;
+        EXPECT_TRUE(Add(Table(table, element) + "," + Table("DuctSystemType", SystemType("S1", "a"))));
+        EXPECT_EQ(TakeDebugWarningsWithFunction(),
+                  (Warnings{std::wstring(L"MepQbaseUtil::SyncDataFromCloud: ") + failure}));
+        EXPECT_EQ(log.Lines(), (LogLines{L"no log", failure}));
+        EXPECT_EQ(TakeNotifications(), Loaded);
+        EXPECT_EQ(Records(schema::kSystemType), (RecordLines{"S1 a 2 1"}));
+        EXPECT_EQ(LocalVersion(), 5);
     }
 }
 

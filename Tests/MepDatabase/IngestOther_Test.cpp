@@ -333,6 +333,17 @@ TEST_F(CombinedProduct, AFailureOfTheSectionLeavesTheFiles) {
     EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"Combination_:下载组合设备失败"}));
 }
 
+TEST_F(CombinedProduct, ADatabaseThatTakesNothingIsNotLookedAt) {
+    ASSERT_TRUE(vorn::FileSystem::CreateDirectories(products));
+    web::json::value add = AllCombinations();
+    add["BinaryTable"] = Row("[{'fileName':'f','length':3,'data':'Zm9v'}]");
+    EXPECT_TRUE(Add(add));
+    EXPECT_EQ(FileContent(L"f"), "foo");
+    EXPECT_TRUE(Delete(Row("{'Combination_16353515':[{'ID':'k1'}],'BinaryTable':[{'fileName':'f'}]}")));
+    EXPECT_FALSE(FileExists(L"f"));
+    EXPECT_TRUE(TakeLogLines().empty());
+}
+
 TEST_F(CombinedProduct, DeletedProductsGoByCategory) {
     Add(AllCombinations());
     EXPECT_TRUE(Delete(Row("{'Combination_16353515':[{'ID':'k1'},{'ID':'k3'}],'Combination_16352020':[{'ID':'k2'}]}")));

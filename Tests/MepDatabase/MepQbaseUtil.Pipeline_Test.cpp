@@ -96,6 +96,15 @@ TEST_F(Refreshing, NeedsAHandleOnTheStore) {
     EXPECT_EQ(DownloadCount(), 0U);
 }
 
+TEST_F(Refreshing, MakesTheFolderBeforeItAsksForAHandle) {
+    CloudHas(5, Empty);
+    const NoStoreHandles none;
+    EXPECT_FALSE(
+        util.SyncDataFromCloud(false, nullptr, folder.File(L"a/set.db"), ddq, combinedPath, binaryFolder, nullptr));
+    EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"qb为空"}));
+    EXPECT_TRUE(Exists(folder.File(L"a")));
+}
+
 TEST_F(Refreshing, MakesAMissingFileAndLoadsEverything) {
     CloudHas(5, OneMaterial, "{}");
     EXPECT_TRUE(Refresh());
@@ -428,6 +437,25 @@ TEST_F(Refreshing, FailsWithoutConfigTreeDeletionsAndKeepsWhatItDidUntilThen) {
     EXPECT_EQ(progress.percentages, (std::vector<double>{16, 24}));
 }
 
+TEST_F(Refreshing, FailsOnSeriesDeletionsThatAreNoArrayAndKeepsWhatItDidUntilThen) {
+    LocalHas(3);
+    Put(schema::kSystemType, L"S1", L"gone");
+    Put(schema::kMaterial, L"M0", L"gone");
+    Put(schema::kMaterialSerie, L"T1", L"gone");
+    Put(schema::kMaterialSerie, L"T2", L"stays");
+    CloudHas(5, OneMaterial,
+             R"({"PipeSystemType":[{"ID":"S1"}],"ConfigTree":[{"ID":"M0","groupName":"MaterialSeries","parentID":""}],)"
+             R"("PipeType":[{"ID":"T1"}],"HVACPipeType":{},"DuctType":[{"ID":"T2"}]})");
+    EXPECT_FALSE(Refresh());
+    EXPECT_EQ(TakeNotifications(), LoadFailed);
+    EXPECT_EQ(TakeLogLines().size(), 1U);
+    EXPECT_EQ(Records(schema::kSystemType), RecordLines{});
+    EXPECT_EQ(Records(schema::kMaterial), RecordLines{});
+    EXPECT_EQ(Records(schema::kMaterialSerie), (RecordLines{"T2 stays - -"}));
+    EXPECT_EQ(LocalVersion(), 3);
+    EXPECT_EQ(progress.percentages, (std::vector<double>{16, 24, 32}));
+}
+
 TEST_F(Refreshing, BeginsAgainFromTheOldVersionAfterAFailure) {
     LocalHas(3);
     CloudHas(5, OneMaterial, R"({"PipeSystemType":[]})");
@@ -450,6 +478,19 @@ TEST_F(Refreshing, TakesAnExceptionOfTheReporterForAFailure) {
     EXPECT_EQ(TakeLogLines(), (std::vector<std::wstring>{L"cancelled"}));
     EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M1 PVC 1 2"}));
     EXPECT_EQ(LocalVersion(), 3);
+}
+
+TEST_F(Refreshing, TakesAnExceptionOfTheLastReportForAFailureWithEverythingOnDisk) {
+    CloudHas(5, OneMaterial, "{}");
+    progress.onReport = [](double percentage) {
+        if (percentage == 80)
+            throw std::runtime_error("cancelled");
+    };
+    EXPECT_FALSE(Refresh());
+    EXPECT_EQ(TakeNotifications(), LoadFailed);
+    EXPECT_EQ(TakeLogLines(), (std::vector<std::wstring>{L"cancelled"}));
+    EXPECT_EQ(LocalVersion(), 5);
+    EXPECT_EQ(Records(schema::kMaterial), (RecordLines{"M1 PVC 1 2"}));
 }
 
 TEST_F(Refreshing, LogsAnExceptionWithoutWordsAsUnknown) {

@@ -182,6 +182,18 @@ TEST_F(NameRepair, ARenamedRecordKeepsItsOtherAttributes) {
     EXPECT_TRUE(TakeLogLines().empty());
 }
 
+TEST_F(NameRepair, TheFiltersOfTheLastSearchStay) {
+    Make(L"c", L"A");
+    Make(L"l", L"A");
+    EXPECT_TRUE(Repair({L"c"}, {}, {L"l"}, {}));
+    ASSERT_TRUE(qb.fetchFirstMember("PSI"));
+    CWsz id;
+    ASSERT_TRUE(qb.getObjId(id));
+    EXPECT_EQ(id.str(), L"l");
+    EXPECT_FALSE(qb.fetchNextMember());
+    qb.resetFilters();
+}
+
 TEST_F(NameRepair, FiltersOfAnEarlierStepDoNotMatter) {
     Make(L"c", L"A");
     Make(L"x", L"A(1)");

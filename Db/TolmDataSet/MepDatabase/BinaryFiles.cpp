@@ -25,8 +25,10 @@ constexpr const wchar_t* kDevices[] = {L"CON",  L"PRN",  L"AUX",  L"NUL",  L"CON
                                        L"COM1", L"COM2", L"COM3", L"COM4", L"COM5",   L"COM6",    L"COM7",
                                        L"COM8", L"COM9", L"LPT0", L"LPT1", L"LPT2",   L"LPT3",    L"LPT4",
                                        L"LPT5", L"LPT6", L"LPT7", L"LPT8", L"LPT9"};
-/// What a database file has beside it while it is in use.
-constexpr const wchar_t* kDatabaseSuffixes[] = {L"", L"-journal", L"-wal", L"-shm"};
+/// What a database file has beside it while it is in use, and the file itself.
+constexpr const wchar_t* kDatabaseSuffixes[] = {L"-journal", L"-wal", L"-shm", L""};
+/// What stands before the extension in the names of a dataset's companions.
+constexpr const wchar_t* kCompanionTags[] = {L"_Status", L"_temp", L"_Status_temp"};
 
 bool IsForbidden(wchar_t character) {
     return character < L' ' || character == L'\x7F' || kForbidden.find(character) != std::wstring_view::npos;
@@ -72,6 +74,32 @@ bool IsStore(const wstring& path) {
     return error == QbaseError::Locked || error == QbaseError::NewerVersion;
 }
 
+/// The name without this ending; empty when it ends otherwise or is nothing else.
+wstring WithoutEnding(const wstring& name, const wstring& ending) {
+    const std::size_t length = name.size() > ending.size() ? name.size() - ending.size() : 0;
+    return length > 0 && SameName(name.substr(length), ending) ? name.substr(0, length) : wstring();
+}
+
+/// The name of the database that this is a file of while it is in use; the name itself for any other.
+wstring DatabaseOf(const wstring& name) {
+    for (const wchar_t* suffix : kDatabaseSuffixes)
+        if (const wstring database = WithoutEnding(name, suffix); !database.empty())
+            return database;
+    return name;
+}
+
+/// Names of the stores that a file of this name would stand beside, as their companion or as a part of them.
+std::vector<wstring> PossibleOwners(const wstring& name) {
+    const wstring database = DatabaseOf(name);
+    const std::size_t point = database.rfind(L'.');
+    const wstring extension = point != wstring::npos ? database.substr(point) : wstring();
+    std::vector<wstring> owners{database};
+    for (const wchar_t* tag : kCompanionTags)
+        if (const wstring stem = WithoutEnding(database.substr(0, point), tag); !stem.empty())
+            owners.push_back(stem + extension);
+    return owners;
+}
+
 [[noreturn]] void Refuse() {
     throw std::runtime_error("The name is not that of a file that the cloud may change");
 }
@@ -96,6 +124,14 @@ BinaryFileFolder::BinaryFileFolder(const wstring& folder, const wstring& combine
                 m_hostFiles.push_back(file + suffix);
 }
 
+bool BinaryFileFolder::BelongsToAStore(const wstring& name) const {
+    const auto owners = PossibleOwners(name);
+    return std::any_of(owners.begin(), owners.end(), [&](const wstring& owner) {
+        const wstring path = m_folder + L"\\" + owner;
+        return vorn::FileInfo(path).Exists() && IsStore(path);
+    });
+}
+
 wstring BinaryFileFolder::PathOf(const wstring& name) const {
     if (m_folder.empty() || !IsPlainFileName(name))
         Refuse();
@@ -108,7 +144,7 @@ wstring BinaryFileFolder::PathOf(const wstring& name) const {
     if (std::any_of(m_hostFiles.begin(), m_hostFiles.end(),
                     [&](const wstring& file) { return IsFile(native, name, file); }))
         Refuse();
-    if (fs::exists(status) && IsStore(path))
+    if (BelongsToAStore(name))
         Refuse();
     return path;
 }

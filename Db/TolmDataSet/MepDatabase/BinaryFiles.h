@@ -29,6 +29,8 @@ public:
 private:
     /// Path of the file of this name; throws when it is not the cloud's to change.
     wstring PathOf(const wstring& name) const;
+    /// True for a store of this folder and for what stands beside one: its journal and its companions.
+    bool BelongsToAStore(const wstring& name) const;
 
     wstring m_folder;
     std::vector<wstring> m_hostFiles;

@@ -46,6 +46,15 @@ bool IsReadFailure(short error) {
     }
 }
 
+/// For a file that is not there yet.
+void MakeFolderOf(const wstring& filePath) {
+    if (vorn::FileInfo(filePath).Exists())
+        return;
+    const wstring folder = vorn::FileSystem::FolderOf(filePath);
+    if (!folder.empty() && !vorn::FileInfo(folder).Exists())
+        vorn::FileSystem::CreateDirectories(folder);
+}
+
 /// The dataset file while it is refreshed, and the version that it held before.
 class LocalDataset {
 public:
@@ -56,8 +65,6 @@ public:
     /// Opens the file for the download, which it needs unless it holds the cloud's version. A file that was not
     /// there comes into being, and whether that succeeds is not looked at here.
     bool Open(int cloudVersion) {
-        if (!m_existed)
-            MakeFolder();
         const bool opened = m_store->openDatabase(m_definitionPath, m_filePath, true);
         if (m_existed && (!opened || !ReadVersion()))
             return FailToOpen();
@@ -71,12 +78,6 @@ public:
     int Version() const { return m_version; }
 
 private:
-    void MakeFolder() const {
-        const wstring folder = vorn::FileSystem::FolderOf(m_filePath);
-        if (!folder.empty() && !vorn::FileInfo(folder).Exists())
-            vorn::FileSystem::CreateDirectories(folder);
-    }
-
     /// False when the header could not be read; a store without one has the version 0.
     bool ReadVersion() {
         m_hasHeader = FetchHeader(*m_store);
@@ -151,6 +152,7 @@ bool MepQbaseUtil::SyncDataFromCloud(bool writeTimePoint, vorn::IProgressReporte
     int cloudVersion = 0;
     if (!QueryVersion(projectId, 0, cloudVersion))
         return false;
+    MakeFolderOf(datasetFilePath);
     StoreFrame store(TOLM_CALL_SITE);
     LocalDataset local(store, templateFilePath, datasetFilePath);
     web::json::value root;
