@@ -31,13 +31,25 @@ bool ClassTable::HasColumn(const char* column) const {
     return code == SQLITE_OK;
 }
 
-bool ClassTable::Complete() {
+bool ClassTable::Refresh() {
     if (m_complete)
         return false;
+    const bool existed = m_exists;
+    const std::vector<bool> before = m_present;
+    Look();
+    if (m_exists == existed && m_present == before)
+        return false;
+    m_rowOfId = {};
+    return true;
+}
+
+bool ClassTable::Complete() {
+    const bool hasMore = Refresh();
+    if (m_complete)
+        return hasMore;
     CompleteTable(m_connection, m_schema, m_definition, m_present, m_exists);
     Look();
     m_rowOfId = {};
-    m_insert = {};
     return true;
 }
 

@@ -19,7 +19,12 @@ public:
 
     const ClassDefinition& Definition() const { return m_definition; }
     bool Exists() const { return m_exists; }
-    /// Gives an older file what it lacks; true when something was added. Needs the update lock.
+    /// True when the file has the attribute's column.
+    bool HasAttribute(int position) const { return m_present[static_cast<std::size_t>(position)]; }
+    /// Looks again at a file that lacked something, which another handle may have added. True when it has more now:
+    /// statements that were made before do not know of it. Needs a lock.
+    bool Refresh();
+    /// Gives an older file what it lacks; true when it has more than before. Needs the update lock.
     bool Complete();
 
     /// The rows that meet the condition, which may be empty.

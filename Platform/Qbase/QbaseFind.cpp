@@ -251,7 +251,8 @@ void CQbase::Impl::FiltersChanged() noexcept {
 
 bool CQbase::Impl::CanPass(const ClassTable& table) const {
     return table.Exists() && std::ranges::all_of(m_filters, [&](const Filter& filter) {
-               return table.Definition().Find(filter.attributeId) >= 0;
+               const int position = table.Definition().Find(filter.attributeId);
+               return position >= 0 && table.HasAttribute(position);
            });
 }
 

@@ -102,6 +102,7 @@ private:
     QbaseError Join(const std::shared_ptr<qbase::Connection>& connection, bool settle);
     QbaseError Settle();
     QbaseError BeginOnTheFileAtThePath(qbase::LockKind kind);
+    void RefreshTables();
     QbaseError CommitAndEnd() noexcept;
     void Forget() noexcept;
 

@@ -212,6 +212,7 @@ QbaseError CQbase::Impl::BeginOnTheFileAtThePath(LockKind kind) {
         m_connection->Begin(kind);
         if (!m_connection->AnyMoved()) {
             m_connection->Register();
+            RefreshTables();
             return QbaseError::None;
         }
         m_connection->Rollback();
@@ -221,6 +222,19 @@ QbaseError CQbase::Impl::BeginOnTheFileAtThePath(LockKind kind) {
             return error;
     } while (waiter.Wait());
     return QbaseError::Locked;
+}
+
+/// What was looked at before the lock may have more by now.
+void CQbase::Impl::RefreshTables() {
+    try {
+        for (auto& table : m_tables) {
+            if (table && table->Refresh())
+                ForgetCursors();
+        }
+    } catch (const SqlFailure&) {
+        m_connection->Doom();
+        throw;
+    }
 }
 
 QbaseError CQbase::Impl::Close() noexcept {

@@ -32,13 +32,26 @@ TEST(Enumerations, KeepTheNumbersThatAreStored) {
     EXPECT_EQ(static_cast<int>(MEPDisciplineId::HVAC), 1);
     EXPECT_EQ(static_cast<int>(MEPDisciplineId::Plumbing), 2);
     EXPECT_EQ(static_cast<int>(MEPDisciplineId::Electrical), 3);
+    EXPECT_EQ(static_cast<int>(MEPConnectorType::PipeThreaded), 1);
+    EXPECT_EQ(static_cast<int>(MEPConnectorType::PipeWelded), 2);
+    EXPECT_EQ(static_cast<int>(MEPConnectorType::PipeFlanged), 3);
+    EXPECT_EQ(static_cast<int>(MEPConnectorType::PipeGrooved), 4);
     EXPECT_EQ(static_cast<int>(MEPConnectorType::PipeSocket), 5);
     EXPECT_EQ(static_cast<int>(MEPConnectorType::Duct), 11);
     EXPECT_EQ(static_cast<int>(MEPConnectorType::CableTray), 21);
     EXPECT_EQ(static_cast<int>(MEPConnectorType::CableTrayAlternative), 22);
     EXPECT_EQ(static_cast<int>(MEPConnectorType::Conduit), 31);
     EXPECT_EQ(static_cast<int>(CompareVersionResult::NotComparable), -1);
+    EXPECT_EQ(static_cast<int>(CompareVersionResult::Same), 0);
+    EXPECT_EQ(static_cast<int>(CompareVersionResult::CloudAhead), 1);
+    EXPECT_EQ(static_cast<int>(CompareVersionResult::LocalChanges), 2);
+    EXPECT_EQ(static_cast<int>(CompareVersionResult::BothChanged), 3);
     EXPECT_EQ(static_cast<int>(CompareVersionResult::CloudNotInitialised), 4);
+}
+
+TEST(Enumerations, KnowTheClassificationsOfNewRecords) {
+    EXPECT_EQ(static_cast<int>(MEPSystemClassification::DefaultPipeSystem), 21);
+    EXPECT_EQ(static_cast<int>(MEPSystemClassification::DefaultCircuit), 41);
 }
 
 TEST(Enumerations, NoSectionComparesAsTheLargestUnsignedValue) {
@@ -50,6 +63,29 @@ TEST(SmallRecords, SizesAreTheirFloatsAndNothingElse) {
     EXPECT_EQ(sizeof(ProjectSettingDuctSize), 8U);
     EXPECT_EQ(sizeof(DataSetInsulationMaxSize), 6U);
     EXPECT_EQ(sizeof(DataSetDimensionMethodItem), 12U);
+}
+
+template <class Record, class Field> std::size_t OffsetOf(Field Record::*field) {
+    static const Record record{};
+    return static_cast<std::size_t>(reinterpret_cast<const char*>(&(record.*field)) -
+                                    reinterpret_cast<const char*>(&record));
+}
+
+TEST(SmallRecords, FieldsKeepTheirOrder) {
+    EXPECT_EQ(OffsetOf(&ProjectSettingPipeSize::innerDiameter), 0U);
+    EXPECT_EQ(OffsetOf(&ProjectSettingPipeSize::outerDiameter), 4U);
+    EXPECT_EQ(OffsetOf(&ProjectSettingPipeSize::nominalDiameter), 8U);
+    EXPECT_EQ(OffsetOf(&ProjectSettingPipeSize::thickness), 12U);
+    EXPECT_EQ(OffsetOf(&ProjectSettingDuctSize::size), 0U);
+    EXPECT_EQ(OffsetOf(&ProjectSettingDuctSize::thickness), 4U);
+    EXPECT_LT(OffsetOf(&ProjectSettingCableSpec::area), OffsetOf(&ProjectSettingCableSpec::current));
+    EXPECT_LT(OffsetOf(&ProjectSettingCableSpec::current), OffsetOf(&ProjectSettingCableSpec::temperature));
+    EXPECT_EQ(OffsetOf(&DataSetInsulationMaxSize::secondSize), 2U);
+    EXPECT_EQ(OffsetOf(&DataSetInsulationMaxSize::thirdSize), 4U);
+    EXPECT_EQ(OffsetOf(&DataSetDimensionMethodItem::firstValue), 4U);
+    EXPECT_EQ(OffsetOf(&DataSetDimensionMethodItem::secondValue), 8U);
+    EXPECT_EQ(OffsetOf(&RecoverDataInfo::recovered), 0U);
+    EXPECT_GT(OffsetOf(&RecoverDataInfo::idMap), 0U);
 }
 
 TEST(SmallRecords, NothingIsRecoveredToBeginWith) {

@@ -1,5 +1,7 @@
 #include "MepDataSetInterface/TableTestSupport.h"
 
+#include "TolmDataSet/ITolmDataSetFactory.h"
+
 #include <cstdlib>
 #include <new>
 
@@ -49,6 +51,14 @@ vorn::OwnerPtr<ITolmDataset> MakeDataset() {
 
 TEST(OutOfMemory, ADatasetThatCannotBeMadeIsAnEmptyOwner) {
     EXPECT_FALSE(MakeWithFailureAt(0, MakeDataset));
+}
+
+TEST(OutOfMemory, ADatasetWhosePathsCannotBeCopiedIsAnEmptyOwner) {
+    const wstring path(100, L'x');
+    const auto make = [&] { return ITolmDataSetFactory::Get()->CreateDataset(path, path, path, path); };
+    for (int copy = 0; copy < 4; ++copy)
+        EXPECT_FALSE(MakeWithFailureAt(copy, make)) << copy;
+    EXPECT_TRUE(make());
 }
 
 TEST(OutOfMemory, ATableThatCannotBeMadeIsMissingAndReportedByWhoNeedsIt) {

@@ -138,7 +138,7 @@ TEST_F(SizeModuleTable, EachIdSelectsItsTypeAndDiscipline) {
     }
 }
 
-TEST_F(SizeModuleTable, AnIdOfAnotherTableReadsNothing) {
+TEST_F(SizeModuleTable, AnIdOfAnotherTableReadsNothingButKeepsThePaths) {
     for (const auto& slice : kSlices)
         util.WriteSizeModule(path, ddq,
                              MakeSizeModule(std::to_wstring(slice.id), L"", slice.type, slice.discipline).get());
@@ -147,6 +147,8 @@ TEST_F(SizeModuleTable, AnIdOfAnotherTableReadsNothing) {
             table->CollectDesignData(path, L"", static_cast<TableId>(id));
     }
     EXPECT_TRUE(table->GetSizeList().empty());
+    table->AddSizeModule(MakeSizeModule(L"b"));
+    EXPECT_EQ(StoredSizeModules(), (Ids{L"7", L"b"}));
 }
 
 } // namespace

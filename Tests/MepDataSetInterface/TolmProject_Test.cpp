@@ -1,5 +1,6 @@
 #include "MepDataSetInterface/DatasetTestSupport.h"
 
+#include "TolmDataSet/ITolmDataSetFactory.h"
 #include "Vorn/Clock.h"
 
 namespace {
@@ -40,6 +41,15 @@ TEST_F(Dataset, TakesItsPathsInTheOrderDatasetComponentsCombinedBinary) {
     EXPECT_EQ(TolmDatasetTestAccess::BinaryFileFolder(Concrete()), binaryFolder);
 }
 
+TEST_F(Dataset, TheFactoryPassesThePathsOnInTheSameOrder) {
+    dataset = ITolmDataSetFactory::Get()->CreateDataset(L"a", L"b", L"c", L"d");
+    ASSERT_TRUE(dataset);
+    EXPECT_EQ(dataset->GetDatasetFilePath(), L"a");
+    EXPECT_EQ(TolmDatasetTestAccess::ComponentFilePath(Concrete()), L"b");
+    EXPECT_EQ(TolmDatasetTestAccess::CombinedProductFilePath(Concrete()), L"c");
+    EXPECT_EQ(TolmDatasetTestAccess::BinaryFileFolder(Concrete()), L"d");
+}
+
 TEST_F(Dataset, NewPathsEmptyEveryTableAndNothingIsRead) {
     Store(MakeMaterial(L"a"));
     const wstring other = folder.File(L"other.db");
@@ -53,6 +63,54 @@ TEST_F(Dataset, NewPathsEmptyEveryTableAndNothingIsRead) {
     EXPECT_EQ(Materials(), Ids{});
     dataset->CollectData(false, {TableId::PlumbingPipeMaterials});
     EXPECT_EQ(Materials(), (Ids{L"b"}));
+}
+
+TEST_F(Dataset, AResetEmptiesEveryTable) {
+    using Access = TolmDatasetTestAccess;
+    const auto fill = [](auto& list, auto record) { list.push_back(std::move(record)); };
+    auto& systems = dynamic_cast<SystemTypeData&>(*Access::SystemTypes(Concrete()));
+    auto& connections = dynamic_cast<ConnectorData&>(*Access::Connections(Concrete()));
+    auto& sizes = dynamic_cast<SizeModuleData&>(*Access::Sizes(Concrete()));
+    auto& materials = dynamic_cast<MaterialData&>(*Access::Materials(Concrete()));
+    auto& series = dynamic_cast<MEPMaterialSerieData&>(*Access::Series(Concrete()));
+    auto& templates = dynamic_cast<CircuitTemplateData&>(*Access::CircuitTemplates(Concrete()));
+    fill(TableTestAccess::List(systems), IProjectSettingSystemType::Create());
+    fill(TableTestAccess::List(connections), IProjectSettingConnectionSerie::Create());
+    fill(TableTestAccess::List(sizes), IProjectSettingSizeModule::Create());
+    fill(TableTestAccess::List(materials), IProjectSettingMaterial::Create());
+    fill(TableTestAccess::List(series), IProjectSettingMEPMaterialSerie::Create());
+    fill(TableTestAccess::Groups(series), IProjectSettingMEPMaterialSerieGroup::Create());
+    fill(TableTestAccess::List(templates), ITolmProjectSettingCircuitTemplate::Create());
+    dataset->ResetDataTables();
+    EXPECT_TRUE(systems.GetSystemTypeList().empty());
+    EXPECT_TRUE(connections.GetConnectionSerieList().empty());
+    EXPECT_TRUE(sizes.GetSizeList().empty());
+    EXPECT_TRUE(materials.GetMaterialList().empty());
+    EXPECT_TRUE(series.GetSerieList().empty());
+    EXPECT_TRUE(series.GetSerieGroupList().empty());
+    EXPECT_TRUE(templates.GetCircuitTemplateList().empty());
+    EXPECT_EQ(dataset->GetDatasetFilePath(), path) << "the paths stay";
+}
+
+TEST_F(Dataset, ItsTablesGoInTheReverseOfTheirOrder) {
+    using Access = TolmDatasetTestAccess;
+    static std::vector<const void*> released;
+    released.clear();
+    // The table is kept here; the dataset holds an owner that notes its release.
+    const auto watch = [](auto& table) {
+        auto kept = std::move(table);
+        table = {kept.get(), [](void* object) { released.push_back(object); }};
+        return kept;
+    };
+    const auto systems = watch(Access::SystemTypes(Concrete()));
+    const auto connections = watch(Access::Connections(Concrete()));
+    const auto sizes = watch(Access::Sizes(Concrete()));
+    const auto materials = watch(Access::Materials(Concrete()));
+    const auto series = watch(Access::Series(Concrete()));
+    const auto templates = watch(Access::CircuitTemplates(Concrete()));
+    dataset.reset();
+    EXPECT_EQ(released, (std::vector<const void*>{templates.get(), series.get(), materials.get(), sizes.get(),
+                                                  connections.get(), systems.get()}));
 }
 
 TEST_F(Dataset, AnEmptyCollectionLeavesEverythingWhateverItsFlag) {

@@ -83,6 +83,16 @@ TEST_F(SizeModuleReferences, OfACableTableAreSystemTypesOfTheNextTypeAndTheDisci
     EXPECT_EQ(referrer, L"before");
 }
 
+TEST_F(SizeModuleReferences, OfACableTableAreSoughtAmongTheFirstHundredIdsOfASystemType) {
+    std::vector<const wchar_t*> cables(99, L"another");
+    cables.push_back(L"s");
+    cables.push_back(L"t");
+    System(L"1", L"large", 6, 3, cables);
+    EXPECT_TRUE(IsReferred(Type::Wire, Discipline::Electrical, L"s"));
+    EXPECT_EQ(referrer, L"large");
+    EXPECT_FALSE(IsReferred(Type::Wire, Discipline::Electrical, L"t"));
+}
+
 TEST_F(SizeModuleReferences, WithoutANameLeaveTheText) {
     Series(L"1", nullptr, 1, 2, L"s");
     EXPECT_TRUE(IsReferred(Type::Pipe, Discipline::Plumbing));

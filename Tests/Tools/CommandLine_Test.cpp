@@ -188,6 +188,32 @@ TEST_F(LocalTool, ASizeTableThatNothingUsesIsDeleted) {
     EXPECT_EQ(On("delete", {"size", "Copper tube"}).code, Failed);
 }
 
+TEST_F(LocalTool, ASizeTableInUseIsDeletedByForceOnly) {
+    const std::wstring id = vorn::StringUtil::ToWString(AddCopper());
+    CQbase store;
+    ASSERT_TRUE(OpenStore(store) && store.lockForUpdate() && store.createRec("SMS", L"series"));
+    store.setWsz(1601, L"Cold water", -1);
+    store.setShort(1104, 1);
+    store.setShort(1181, 2);
+    store.setWsz(1506, id.c_str(), -1);
+    ASSERT_TRUE(store.saveRec() && store.closeDatabase());
+    const auto run = On("delete", {"size", "Copper tube"});
+    EXPECT_EQ(run.code, Refused);
+    EXPECT_TRUE(Contains(run.err, "Cold water")) << run.err;
+    EXPECT_EQ(On("delete", {"size", "Copper tube", "--force"}).code, Done);
+}
+
+TEST_F(LocalTool, ASizeTableIsNotDeletedWhereNobodyCanLookWhetherItIsUsed) {
+    AddCopper();
+    CQbase reader;
+    ASSERT_TRUE(OpenStore(reader) && reader.lockForRead());
+    const auto run = On("delete", {"size", "Copper tube"});
+    EXPECT_EQ(run.code, Failed);
+    EXPECT_TRUE(Contains(run.err, "could not look")) << run.err;
+    ASSERT_TRUE(reader.closeDatabase());
+    EXPECT_EQ(On("list", {"sizes", "--json"}).Json().size(), 1U);
+}
+
 TEST_F(LocalTool, WhatWasAddedAndDeletedLeavesNoChange) {
     AddCopper();
     ASSERT_EQ(On("delete", {"size", "Copper tube"}).code, Done);

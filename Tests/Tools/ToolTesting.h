@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Host/Definitions.h"
+#include "Qbase/Qbase.h"
 #include "Support/ServiceFixture.h"
 #include "Support/TempFolder.h"
 #include "Tolm/Commands.h"
@@ -62,6 +64,11 @@ protected:
                                     "--roughness", "0.0015", "--row", "15,15,13,1", "--row", "20,22,20,1", "--json"});
         EXPECT_EQ(run.code, tolmcli::Done) << run.err;
         return run.Json().at("id");
+    }
+
+    /// Opens the dataset's file as another program would.
+    bool OpenStore(CQbase& store) const {
+        return store.openDatabase(tolm::DataSetFilePath::TOLMDDQFilePath, m_folder.File(L"office.db"), false);
     }
 
     TempFolder m_folder;

@@ -223,6 +223,16 @@ std::string UserOf(Workplace& place, const IProjectSettingMaterial& material) {
     return {};
 }
 
+/// The dataset says no as well where it cannot look.
+std::string UserOf(Workplace& place, const IProjectSettingSizeModule& module) {
+    place.FailUnlessChangeable("could not look whether size table " + StringUtil::ToString(module.GetName()) +
+                               " is used");
+    std::wstring user;
+    if (!place.Dataset().GetSizeModuleData()->IsTheSizeModuleReferred(&module, user))
+        return {};
+    return user.empty() ? "a record without a name" : StringUtil::ToString(user);
+}
+
 void RefuseIfUsed(const std::string& what, const std::string& name, const std::string& user) {
     if (!user.empty())
         throw Failure(what + " " + name + " is used by " + user + " (--force deletes it all the same)", Refused);
@@ -241,9 +251,8 @@ void DeleteMaterials(Workplace& place, const Options& options) {
 void DeleteSizes(Workplace& place, const Options& options) {
     for (const auto& name : options.names) {
         const SizeModulePtr module = EditableCopy(FindOne(CollectSizes(place, options.kind), name, "size table"));
-        std::wstring user;
-        if (!options.force && place.Dataset().GetSizeModuleData()->IsTheSizeModuleReferred(module.get(), user))
-            RefuseIfUsed("size table", name, user.empty() ? "a record without a name" : StringUtil::ToString(user));
+        if (!options.force)
+            RefuseIfUsed("size table", name, UserOf(place, *module));
         Editable(place.Dataset().GetSizeModuleData()).DeleteSizeModuleList({module.get()});
         Confirm(place, Stands(CollectSizes(place, options.kind), module->GetId()), false);
     }

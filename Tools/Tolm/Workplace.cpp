@@ -78,6 +78,12 @@ void Workplace::FailOnFaults(const std::string& what) {
         throw Failure(text);
 }
 
+void Workplace::FailUnlessChangeable(const std::string& what) const {
+    CQbase store;
+    if (!store.openDatabase(tolm::DataSetFilePath::TOLMDDQFilePath, m_path, false) || !store.lockForUpdate())
+        throw Failure(what + " (error " + std::to_string(store.getLastError()) + ")");
+}
+
 std::wstring StatusPath(const std::wstring& datasetPath) {
     const auto point = datasetPath.rfind(L'.');
     return datasetPath.substr(0, point) + L"_Status" + datasetPath.substr(point);

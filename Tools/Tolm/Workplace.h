@@ -49,6 +49,9 @@ public:
     /// Throws Failure with the faults that were heard, if any, behind `what`.
     void FailOnFaults(const std::string& what);
 
+    /// Throws Failure, told as `what` with the error's number, when the dataset cannot be had for a change now.
+    void FailUnlessChangeable(const std::string& what) const;
+
 private:
     Listener m_listener;
     std::wstring m_path;

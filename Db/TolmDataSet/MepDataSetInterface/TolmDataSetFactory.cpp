@@ -8,6 +8,8 @@
 #include "MepDataSetInterface/TolmProjectSettingMaterial.h"
 #include "MepDataSetInterface/TolmProjectSettingSizeModule.h"
 
+#include <new>
+
 namespace tolm {
 
 ITolmDataSetFactory* ITolmDataSetFactory::m_pFactory = nullptr;
@@ -31,7 +33,11 @@ vorn::OwnerPtr<ITolmDataset> TolmDataSetFactory::CreateDataset(const wstring& da
                                                                const wstring& componentFilePath,
                                                                const wstring& combinedProductFilePath,
                                                                const wstring& binaryFileFolder) {
-    return TolmDataset::Create(datasetFilePath, componentFilePath, combinedProductFilePath, binaryFileFolder);
+    try {
+        return TolmDataset::Create(datasetFilePath, componentFilePath, combinedProductFilePath, binaryFileFolder);
+    } catch (const std::bad_alloc&) { // for the copies of the paths
+        return {};
+    }
 }
 
 vorn::OwnerPtr<IProjectSettingSizeModule> TolmDataSetFactory::CreateSizeModule() {

@@ -94,6 +94,19 @@ TEST_F(StoreFind, TheEndOfAWalkIsNoEndForRecordsThatComeLater) {
     });
 }
 
+TEST_F(StoreFind, ARecordThatIsNotSavedStandsBehindAllOthers) {
+    Change([](CQbase& qb) {
+        for (const wchar_t* id : {L"a", L"b"})
+            Add(qb, "AAA", id);
+        ASSERT_TRUE(qb.createRec("AAA", L"new"));
+        EXPECT_FALSE(qb.fetchNextMember());
+        EXPECT_FALSE(qb.fetchNextRec());
+        EXPECT_EQ(IdOf(qb), L"new");
+        ASSERT_TRUE(qb.fetchFirstMember("AAA"));
+        EXPECT_EQ(IdOf(qb), L"a");
+    });
+}
+
 TEST_F(StoreFind, FetchNextRecCrossesClassesInOrderOfCreation) {
     Change([](CQbase& qb) {
         Add(qb, "AAA", L"1");

@@ -53,6 +53,49 @@ TEST_F(StoreUpgrade, AFilterOnAColumnThatAnOlderFileLacksLetsNothingPass) {
     });
 }
 
+TEST_F(StoreUpgrade, AFilterOnAMissingColumnIsNotTakenForTheTextOfItsName) {
+    Look([](CQbase& qb) {
+        ASSERT_TRUE(qb.setFilter(kMaterialId, "=", L"MaterialId"));
+        EXPECT_FALSE(qb.fetchFirstMember("AAA"));
+        EXPECT_EQ(ErrorOf(qb), QbaseError::NotFound);
+    });
+}
+
+TEST_F(StoreUpgrade, WithoutALockAnotherHandleMayAddTheColumnsFirst) {
+    CQbase first;
+    CQbase second;
+    ASSERT_TRUE(Open(first, false) && Open(second, false));
+    ASSERT_TRUE(first.fetchEqualRec("AAA", L"a") && second.fetchEqualRec("AAA", L"b"));
+    EXPECT_FALSE(first.existRec("BBB", L"x"));
+    Add(second, "BBB", L"x");
+    ASSERT_TRUE(second.fetchEqualRec("AAA", L"b") && second.setDouble(kRoughness, 0.25) && second.saveRec());
+    ASSERT_TRUE(first.setDouble(kRoughness, 0.5));
+    EXPECT_TRUE(first.saveRec());
+    EXPECT_TRUE(first.createRec("BBB", L"y") && first.saveRec());
+    ASSERT_TRUE(first.fetchEqualRec("AAA", L"b"));
+    double value = 0;
+    EXPECT_TRUE(first.getDouble(kRoughness, value) && value == 0.25);
+    ASSERT_TRUE(first.closeDatabase() && second.closeDatabase());
+    Look([](CQbase& qb) { EXPECT_EQ(Walk(qb, "BBB"), (Ids{L"x", L"y"})); });
+}
+
+TEST_F(StoreUpgrade, AfterTheLockAHandleSeesWhatAnotherAddedMeanwhile) {
+    CQbase qb;
+    ASSERT_TRUE(Open(qb, false) && qb.fetchFirstMember("AAA"));
+    EXPECT_FALSE(qb.existRec("BBB", L"x"));
+    Change([](CQbase& other) {
+        Add(other, "BBB", L"x");
+        ASSERT_TRUE(other.fetchEqualRec("AAA", L"b") && other.setDouble(kRoughness, 0.5) && other.saveRec());
+    });
+    ASSERT_TRUE(qb.lockForRead());
+    EXPECT_TRUE(qb.existRec("BBB", L"x"));
+    ASSERT_TRUE(qb.fetchNextMember());
+    double value = 0;
+    EXPECT_TRUE(qb.getDouble(kRoughness, value) && value == 0.5);
+    ASSERT_TRUE(qb.fetchEqualRec("AAA", L"b"));
+    EXPECT_TRUE(qb.getDouble(kRoughness, value));
+}
+
 TEST_F(StoreUpgrade, AnOlderFileGetsItsMissingColumnsWithTheFirstChange) {
     Change([](CQbase& qb) {
         ASSERT_TRUE(qb.fetchEqualRec("AAA", L"a"));
