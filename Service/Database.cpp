@@ -27,11 +27,26 @@ void OpenSqlite(soci::session& session, const std::string& path) {
     session << "PRAGMA synchronous=FULL";
 }
 
+void OpenServer(soci::session& session, const std::string& target) {
+    session.open(target);
+    session << "SET client_min_messages = warning";
+}
+
 void RollBack(soci::session& session) noexcept {
     try {
         session << "ROLLBACK";
     } catch (const std::exception&) {
         // The transaction is gone already: the fault that led here ended it.
+    }
+}
+
+/// A server that was started anew is met again by the next piece of work.
+void ReconnectIfLost(soci::session& session) noexcept {
+    try {
+        if (!session.is_connected())
+            session.reconnect();
+    } catch (const std::exception&) {
+        // Still away; the next piece of work fails and tries again.
     }
 }
 
@@ -51,7 +66,7 @@ void Database::Open(const std::string& target, std::size_t connections) {
         if (m_sqlite)
             OpenSqlite(m_pool->at(i), target);
         else
-            m_pool->at(i).open(target);
+            OpenServer(m_pool->at(i), target);
     }
 }
 
@@ -74,14 +89,24 @@ void Database::Write(const Work& work) {
 
 void Database::Transact(const char* begin, const Work& work) {
     soci::session session(*m_pool);
-    session << begin;
     try {
+        session << begin;
         work(session);
         session << "COMMIT";
+    } catch (const soci::soci_error& error) {
+        Abandon(session);
+        // Without the values of the statement, which are nobody's business in a log.
+        throw std::runtime_error("database: " + error.get_error_message());
     } catch (...) {
-        RollBack(session);
+        Abandon(session);
         throw;
     }
+}
+
+void Database::Abandon(soci::session& session) const {
+    RollBack(session);
+    if (!m_sqlite)
+        ReconnectIfLost(session);
 }
 
 } // namespace tolm::service

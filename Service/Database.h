@@ -34,6 +34,7 @@ private:
     void Open(const std::string& target, std::size_t connections);
     void MakeTables();
     void Transact(const char* begin, const Work& work);
+    void Abandon(soci::session& session) const;
 
     std::unique_ptr<soci::connection_pool> m_pool;
     bool m_sqlite = true;

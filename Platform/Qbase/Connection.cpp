@@ -123,6 +123,11 @@ void Connection::Doom() noexcept {
     m_doomed = true;
 }
 
+bool Connection::HasLostTransaction(const SqlFailure& failure) const {
+    const bool givenUp = m_held != LockKind::None && sqlite3_get_autocommit(Get()) != 0;
+    return givenUp || (m_held == LockKind::Update && failure.code == SQLITE_CORRUPT);
+}
+
 bool Connection::HasMoved(const File& file) {
     int moved = 0;
     const int code = sqlite3_file_control(Get(), file.schema.c_str(), SQLITE_FCNTL_HAS_MOVED, &moved);
@@ -245,10 +250,10 @@ void Connection::RaiseLock(File& file) {
 
 void Connection::Leave(File& file) noexcept {
     file.inUse = false;
-    if (m_held != LockKind::None || &file != &m_files.back())
+    if (m_held != LockKind::None)
         return;
     const std::string schema = file.schema;
-    m_files.pop_back();
+    m_files.remove_if([&](const File& each) { return &each == &file; });
     Detach(schema);
 }
 

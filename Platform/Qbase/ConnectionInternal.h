@@ -4,7 +4,7 @@
 #include "Qbase/SqlInternal.h"
 #include "Qbase/WaiterInternal.h"
 
-#include <deque>
+#include <list>
 #include <string>
 
 namespace qbase {
@@ -56,8 +56,8 @@ public:
     bool Uses(const FileIdentity& file) const;
     /// True when a handle left the file at the path in this transaction.
     bool HasLeft(const std::string& path) { return FindLeft(path) != nullptr; }
-    /// True when the transaction that was begun is no more, since SQLite gave it up.
-    bool HasLostTransaction() const { return m_held != LockKind::None && sqlite3_get_autocommit(Get()) != 0; }
+    /// True when the failure cost the transaction that was begun: SQLite gave it up, or lets it write no more.
+    bool HasLostTransaction(const SqlFailure& failure) const;
 
     /// True when one of the files is no longer the one at its path.
     bool AnyMoved();
@@ -90,7 +90,7 @@ private:
     void EndTransaction() noexcept;
 
     std::unique_ptr<sqlite3, Closer> m_database;
-    std::deque<File> m_files; // the main file first; elements keep their place
+    std::list<File> m_files; // the main file first; elements keep their place
     LockKind m_held = LockKind::None;
     bool m_doomed = false;
     unsigned m_epoch = 0;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Vorn/Export.h"
-
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -42,7 +40,7 @@ struct ClassDefinition {
 };
 
 /// The classes and attributes of a store, as its definition file tells them. Never changes once it is made.
-class TOLM_PLATFORM_API Definition {
+class Definition {
 public:
     /// The definition in the file; null when it cannot be read or understood, and then the log tells why. A file
     /// that has not changed since is not read again. Any thread may call it.

@@ -55,16 +55,19 @@ public:
     /// then none of them is. True for a handle that was not open.
     bool closeDatabase();
 
-    /// Gives up the transaction and closes; the file stays as it was at the lock.
+    /// Gives up the transaction and closes; the file stays as it was at the lock. A companion gives up its primary's
+    /// transaction with its own.
     void abandon();
 
     /// Takes a shared lock; changes fail until the store is closed.
     bool lockForRead();
     /// Takes the exclusive lock. Both wait at most `lockTimeout`. A thread that already holds a store's update
-    /// lock and asks again through another handle is refused at once.
+    /// lock and asks again through another handle is refused at once, as is one that holds a read lock and asks for
+    /// the update lock. A handle that has the lock already says true; a read lock does not turn into an update lock.
     bool lockForUpdate();
 
-    /// On an open without a lock: gathers all further changes into one transaction, committed at the close.
+    /// On an open without a lock: gathers all further changes into one transaction, committed at the close. It takes
+    /// the update lock.
     bool beginTransaction();
 
     /// Code of the last failure; `QbaseError::None` after a success.

@@ -14,9 +14,15 @@
 #include <variant>
 #include <vector>
 
+#if defined(_WIN32)
+#define QBASE_INTERNAL
+#else
+#define QBASE_INTERNAL __attribute__((visibility("hidden")))
+#endif
+
 /// What a handle is made of. Operations return why they failed; where SQLite fails they throw `qbase::SqlFailure`,
 /// which `Run` turns into a doomed handle.
-class CQbase::Impl {
+class QBASE_INTERNAL CQbase::Impl {
 public:
     ~Impl();
 

@@ -149,6 +149,8 @@ QbaseError CQbase::Impl::JoinExamined(const std::shared_ptr<Connection>& connect
         if (error != QbaseError::None)
             return error;
     }
+    if (kind != StoreFileKind::Empty && kind != StoreFileKind::Missing && connection->Held() == LockKind::Update)
+        Connection(m_path, false); // a damage that is met in the transaction would forbid it to write
     return Join(connection, kind != StoreFileKind::Store);
 }
 
@@ -162,9 +164,9 @@ QbaseError CQbase::Impl::Join(const std::shared_ptr<Connection>& connection, boo
         if (error != QbaseError::None)
             Forget();
         return error;
-    } catch (const SqlFailure&) {
+    } catch (const SqlFailure& failure) {
         Forget();
-        if (connection->HasLostTransaction())
+        if (connection->HasLostTransaction(failure))
             connection->Doom();
         throw;
     }
@@ -180,8 +182,8 @@ QbaseError CQbase::Impl::Settle() {
     try {
         qbase::WriteSchema(*m_connection, m_file->schema, *m_definition);
         m_connection->Execute("RELEASE content");
-    } catch (const SqlFailure&) {
-        if (!m_connection->HasLostTransaction())
+    } catch (const SqlFailure& failure) {
+        if (!m_connection->HasLostTransaction(failure))
             m_connection->Execute("ROLLBACK TO content;RELEASE content");
         throw;
     }
@@ -257,6 +259,8 @@ QbaseError CQbase::Impl::CopyTo(const std::wstring& target) {
     const auto identity = qbase::IdentityOf(path);
     if (identity && m_connection->Uses(*identity))
         return QbaseError::BadArgument;
+    if (!IsLocked() && m_connection->WouldWaitForItself(LockKind::Read))
+        return QbaseError::Locked;
     try {
         qbase::CopyFile(m_connection->Get(), m_file->schema, path);
     } catch (const SqlFailure& failure) {

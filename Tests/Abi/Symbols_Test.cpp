@@ -24,12 +24,13 @@ std::vector<Symbol> ExportedBy(const std::string& library) {
     return symbols;
 }
 
-/// Weak functions are instantiations that depend on what the optimizer leaves over; nobody binds to them.
+/// Weak functions are instantiations that depend on what the optimizer leaves over; nobody binds to them. Whether data
+/// is weak depends on the compiler.
 std::string StrongSymbols(const std::string& library) {
     std::set<std::string> lines;
     for (const auto& [kind, name] : ExportedBy(library)) {
         if (kind != 'W')
-            lines.insert(std::string(1, kind) + " " + name + "\n");
+            lines.insert((kind == 'T' ? "function " : "data ") + name + "\n");
     }
     std::string text;
     for (const auto& line : lines)

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -188,6 +189,67 @@ TEST(BalancingMethod, CopyAndMoveCarryEveryFieldTheIdentifierIncluded) {
 
 TEST(BalancingMethod, HasNoVirtualOperations) {
     EXPECT_FALSE(std::is_polymorphic_v<DataSetBalancingMethod>);
+}
+
+template <class Record>
+concept ClearsRectangularSizes = requires(Record record) {
+    record.DeleteAllRectSize();
+};
+template <class Record>
+concept ClearsCircularSizes = requires(Record record) {
+    record.DeleteAllCircularSize();
+};
+
+TEST(InsulationSerie, HasNoOperationThatClearsTheRectangularSizes) {
+    EXPECT_TRUE(ClearsCircularSizes<DataSetInsulationSerie>);
+    EXPECT_FALSE(ClearsRectangularSizes<DataSetInsulationSerie>);
+}
+
+TEST(InsulationSerie, DeletesTheFirstAndTheLastSize) {
+    auto serie = FullInsulation();
+    serie.DeleteCircularSize(2);
+    serie.DeleteCircularSize(0);
+    EXPECT_EQ(serie.GetCircularMaxSizes(), (std::vector<DataSetInsulationMaxSize>{{3, 4, 0}}));
+    serie.DeleteRectSize(1);
+    serie.DeleteRectSize(0);
+    EXPECT_TRUE(serie.GetRectMaxSizes().empty());
+}
+
+TEST(InsulationSerie, ACloneIsIndependentOfItsSource) {
+    auto serie = FullInsulation();
+    const auto clone = serie.Clone();
+    EXPECT_NE(serie.Clone().GetId(), clone.GetId());
+    serie.DeleteAllCircularSize();
+    serie.SetCode(L"B2");
+    EXPECT_EQ(clone.GetCircularMaxSizes().size(), 3U);
+    EXPECT_EQ(clone.GetCode(), L"B1");
+}
+
+TEST(InsulationSerie, IsUsedThroughItsInterface) {
+    DataSetInsulationSerie serie;
+    IDataSetInsulationSerie& record = serie;
+    record.SetId(L"i-1");
+    record.SetInsulationType(static_cast<TolmInsulationSerieType>(7));
+    EXPECT_EQ(serie.GetId(), L"i-1");
+    EXPECT_EQ(static_cast<int>(serie.GetInsulationType()), 7);
+}
+
+TEST(SizingMethod, ACopyHasTheSameIdentifierAndAnAssignedOneToo) {
+    DataSetSizingMethod method;
+    method.SetId(L"z-1");
+    method.AddDimensionMethod({1, 2.0F, 3.0F});
+    const DataSetSizingMethod copy(method);
+    DataSetSizingMethod assigned;
+    assigned = method;
+    for (const auto* record : {&copy, &std::as_const(assigned)}) {
+        EXPECT_EQ(record->GetId(), L"z-1");
+        EXPECT_EQ(record->GetDimensionMethods(), method.GetDimensionMethods());
+    }
+}
+
+TEST(SizingMethod, TwoClonesDifferInTheirIdentifiers) {
+    const DataSetSizingMethod method;
+    EXPECT_NE(method.Clone().GetId(), method.Clone().GetId());
 }
 
 } // namespace

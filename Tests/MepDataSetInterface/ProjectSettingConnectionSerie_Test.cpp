@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace {
 
 using namespace tolm;
@@ -119,6 +121,91 @@ TEST(ConnectionSerieRecord, ACloneThatCannotBeMadeIsReported) {
     const MemoryForRecords memory(0);
     EXPECT_FALSE(serie->Clone());
     EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"ProjectSettingConnectionSerie::Clone: retSerie为空"}));
+}
+
+/// A component of which no copy can be made.
+class UniqueComponent : public CountedComponent {
+public:
+    using CountedComponent::CountedComponent;
+    vorn::OwnerPtr<ITolmProjectSettingComponent> Clone() const override { return {}; }
+};
+
+TEST(ConnectionSerieRecord, GivesBackWhatWasSet) {
+    const auto serie = Serie::Create();
+    SetText(*serie, &Serie::SetId, L"c-1");
+    SetText(*serie, &Serie::SetName, L"螺纹连接");
+    serie->SetConnectionType(MEPConnectorType::Conduit);
+    serie->SetObjectType(TolmProjectSettingMEPObjectType::Conduit);
+    EXPECT_EQ(serie->GetId(), L"c-1");
+    EXPECT_EQ(serie->GetName(), L"螺纹连接");
+    EXPECT_EQ(static_cast<int>(serie->GetConnectionType()), 31);
+    EXPECT_EQ(static_cast<int>(serie->GetObjectType()), 4);
+}
+
+TEST(ConnectionSerieRecord, SettingTheConnectionTypeLeavesTheObjectType) {
+    const auto serie = TwoFittings();
+    serie->SetConnectionType(MEPConnectorType::Duct);
+    EXPECT_EQ(serie->GetObjectType(), TolmProjectSettingMEPObjectType::Pipe);
+}
+
+TEST(ConnectionSerieRecord, LendsANullPointerForAFittingWithoutComponent) {
+    const auto serie = Serie::Create();
+    vorn::OwnerPtr<ITolmProjectSettingComponent> none;
+    serie->AddFitting(FittingPartType::Cap, Group::Caps, none, 3.0, 4.0);
+    ASSERT_EQ(serie->GetProducts().size(), 1U);
+    EXPECT_EQ(serie->GetProducts()[0].m_pComponent, nullptr);
+    EXPECT_EQ(serie->GetProducts()[0].secondSizeBound, 4.0);
+    const std::vector<const ITolmProjectSettingComponent*> one{nullptr};
+    EXPECT_EQ(serie->GetFittingProducts(FittingPartType::Cap), one);
+    EXPECT_EQ(serie->GetFittingProductsByRoutingGroupType(Group::Caps), one);
+}
+
+TEST(ConnectionSerieRecord, TheGettersLendTheSameComponents) {
+    const auto serie = TwoFittings();
+    const auto products = serie->GetProducts();
+    EXPECT_EQ(serie->GetFittingProducts(FittingPartType::Tee)[0], products[1].m_pComponent);
+    EXPECT_EQ(serie->GetFittingProductsByRoutingGroupType(Group::Elbows)[0], products[0].m_pComponent);
+}
+
+TEST(ConnectionSerieRecord, ReleasesAComponentWithItsFittingAndTheOthersWithItself) {
+    const int before = CountedComponent::Living();
+    {
+        const auto serie = TwoFittings();
+        serie->DeleteFitting(0);
+        EXPECT_EQ(CountedComponent::Living(), before + 1);
+        EXPECT_EQ(serie->GetProducts()[0].m_pComponent->GetId(), L"b");
+    }
+    EXPECT_EQ(CountedComponent::Living(), before);
+}
+
+TEST(ConnectionSerieRecord, ACloneOutlivesItsSource) {
+    const int before = CountedComponent::Living();
+    auto serie = TwoFittings();
+    const auto clone = serie->Clone();
+    EXPECT_EQ(CountedComponent::Living(), before + 4);
+    serie.reset();
+    EXPECT_EQ(CountedComponent::Living(), before + 2);
+    EXPECT_EQ(Ids(clone->GetFittingProducts(FittingPartType::Elbow)), (std::vector<wstring>{L"a"}));
+}
+
+TEST(ConnectionSerieRecord, ACloneKeepsAFittingWhoseComponentGaveNoCopy) {
+    const auto serie = Serie::Create();
+    vorn::OwnerPtr<ITolmProjectSettingComponent> unique = vorn::MakeOwner<UniqueComponent>(L"a");
+    serie->AddFitting(FittingPartType::Cap, Group::Caps, unique, 0.0, 1.0);
+    const auto products = serie->Clone()->GetProducts();
+    ASSERT_EQ(products.size(), 1U);
+    EXPECT_EQ(products[0].m_pComponent, nullptr);
+}
+
+TEST(ConnectionSerieRecord, ThatCannotBeMadeIsAnEmptyOwner) {
+    const MemoryForRecords memory(0);
+    EXPECT_FALSE(ProjectSettingConnectionSerie::Create());
+    EXPECT_FALSE(Serie::Create());
+}
+
+TEST(ConnectionSerieRecord, IsNotCopied) {
+    EXPECT_FALSE(std::is_copy_constructible_v<ProjectSettingConnectionSerie>);
+    EXPECT_FALSE(std::is_copy_assignable_v<ProjectSettingConnectionSerie>);
 }
 
 } // namespace

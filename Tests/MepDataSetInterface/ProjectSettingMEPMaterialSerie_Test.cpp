@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace {
 
 using namespace tolm;
@@ -181,6 +183,134 @@ TEST(MaterialSerieRecord, ACloneThatCannotBeMadeIsReportedPartByPart) {
         EXPECT_FALSE(serie->Clone());
         EXPECT_EQ(TakeDebugWarningsWithFunction(), expected[records]);
     }
+}
+
+TEST(MaterialSerieGroupRecord, ACopyHasTheSameIdentifier) {
+    const auto owner = NamedGroup();
+    const ProjectSettingMEPMaterialSerieGroup copy(dynamic_cast<const ProjectSettingMEPMaterialSerieGroup&>(*owner));
+    EXPECT_EQ(copy.GetId(), L"g-1");
+    EXPECT_EQ(copy.GetName(), L"copper pipes");
+    EXPECT_EQ(copy.GetMEPType(), Type::Duct);
+    EXPECT_EQ(copy.GetDisciplineId(), MEPDisciplineId::HVAC);
+    EXPECT_EQ(copy.GetCreateTime(), 11);
+}
+
+TEST(MaterialSerieGroupRecord, SettingTheTypeLeavesTheDiscipline) {
+    const auto group = Group::Create();
+    group->SetMEPType(Type::CableTray);
+    EXPECT_EQ(group->GetDisciplineId(), MEPDisciplineId::Plumbing);
+}
+
+TEST(MaterialSerieGroupRecord, ThatCannotBeMadeIsAnEmptyOwner) {
+    const MemoryForRecords memory(0);
+    EXPECT_FALSE(ProjectSettingMEPMaterialSerieGroup::Create());
+    EXPECT_FALSE(Group::Create());
+}
+
+TEST(MaterialSerieRecord, GivesBackWhatWasSet) {
+    const auto serie = FullSerie();
+    EXPECT_EQ(serie->GetId(), L"p-1");
+    EXPECT_EQ(serie->GetName(), L"DN pipes");
+    EXPECT_EQ(serie->GetMEPType(), Type::Conduit);
+    EXPECT_EQ(serie->GetDisciplineId(), MEPDisciplineId::Electrical);
+    EXPECT_EQ(serie->GetMinSize(), 15.0);
+    EXPECT_EQ(serie->GetMaxSize(), 300.0);
+    EXPECT_EQ(serie->GetCreateTime(), 22);
+    EXPECT_EQ(serie->GetJunctionType(), PreferredJunctionType::Tap);
+    EXPECT_EQ(serie->GetSerieGroup()->GetId(), L"g-1");
+    EXPECT_EQ(serie->GetSizeModule()->GetId(), L"s-1");
+    EXPECT_EQ(serie->GetConnectionSerie()->GetId(), L"c-1");
+}
+
+TEST(MaterialSerieRecord, SettingTheTypeLeavesTheDiscipline) {
+    const auto serie = Serie::Create();
+    serie->SetMEPType(Type::CableTray);
+    EXPECT_EQ(serie->GetDisciplineId(), MEPDisciplineId::Plumbing);
+}
+
+TEST(MaterialSerieRecord, TheMaxSizeOfANewOneIsTheHostsLargestModelSize) {
+    struct Restore {
+        double size = vorn::Constants::MAX_MODEL_SIZE;
+        ~Restore() { vorn::Constants::MAX_MODEL_SIZE = size; }
+    } const restore;
+    const auto older = Serie::Create();
+    vorn::Constants::MAX_MODEL_SIZE = 12345.5;
+    EXPECT_EQ(Serie::Create()->GetMaxSize(), 12345.5);
+    EXPECT_EQ(older->GetMaxSize(), restore.size);
+}
+
+TEST(MaterialSerieRecord, ANewPartTakesThePlaceOfTheOldWhichIsReleased) {
+    using Groups = Tracked<Group>;
+    using Modules = Tracked<IProjectSettingSizeModule>;
+    using Connections = Tracked<IProjectSettingConnectionSerie>;
+    {
+        const auto serie = Serie::Create();
+        for (int i = 0; i < 2; ++i) {
+            auto module = Modules::Make();
+            auto connection = Connections::Make();
+            serie->SetSerieGroup(Groups::Make());
+            serie->SetSizeModule(module);
+            serie->SetConnectionSerie(connection);
+            EXPECT_EQ(Groups::Living(), 1U);
+            EXPECT_EQ(Modules::Living(), 1U);
+            EXPECT_EQ(Connections::Living(), 1U);
+        }
+    }
+    EXPECT_EQ(Groups::Living() + Modules::Living() + Connections::Living(), 0U);
+}
+
+TEST(MaterialSerieRecord, AnEmptyOwnerTakesAPartAway) {
+    const auto serie = FullSerie();
+    vorn::OwnerPtr<IProjectSettingSizeModule> noModule;
+    vorn::OwnerPtr<IProjectSettingConnectionSerie> noConnection;
+    serie->SetSerieGroup({});
+    serie->SetSizeModule(noModule);
+    serie->SetConnectionSerie(noConnection);
+    EXPECT_EQ(serie->GetSerieGroup(), nullptr);
+    EXPECT_EQ(serie->GetSizeModule(), nullptr);
+    EXPECT_EQ(serie->GetConnectionSerie(), nullptr);
+    EXPECT_EQ(static_cast<int>(serie->GetTrayShape()), -1);
+    EXPECT_EQ(static_cast<int>(serie->GetDuctShape()), -1);
+}
+
+TEST(MaterialSerieRecord, ACloneOfItsConnectionSerieThatCannotBeMadeIsReportedByThatSerie) {
+    const auto serie = FullSerie();
+    const MemoryForRecords memory(0);
+    EXPECT_FALSE(serie->CloneConnectionSerie());
+    EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"ProjectSettingConnectionSerie::Clone: retSerie为空"}));
+}
+
+TEST(MaterialSerieRecord, ACloneWhoseConnectionSerieCannotBeMadeHasNone) {
+    const auto serie = FullSerie();
+    const MemoryForRecords memory(3);
+    const auto clone = serie->Clone();
+    ASSERT_TRUE(clone);
+    EXPECT_EQ(clone->GetSerieGroup()->GetId(), L"g-1");
+    EXPECT_EQ(clone->GetSizeModule()->GetId(), L"s-1");
+    EXPECT_EQ(clone->GetConnectionSerie(), nullptr);
+    EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"ProjectSettingConnectionSerie::Clone: retSerie为空"}));
+}
+
+TEST(MaterialSerieRecord, ACloneWhoseSizeModulesMaterialCannotBeMadeIsReportedByBoth) {
+    const auto serie = FullSerie();
+    auto module = NamedSizeModule();
+    module->SetMaterial(IProjectSettingMaterial::Create());
+    serie->SetSizeModule(module);
+    const MemoryForRecords memory(3);
+    EXPECT_FALSE(serie->Clone());
+    EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"ProjectSettingSizeModule::Clone: material为空",
+                                                         L"ProjectSettingMEPMaterialSerie::Clone: sizeModule为空"}));
+}
+
+TEST(MaterialSerieRecord, ThatCannotBeMadeIsAnEmptyOwner) {
+    const MemoryForRecords memory(0);
+    EXPECT_FALSE(ProjectSettingMEPMaterialSerie::Create());
+    EXPECT_FALSE(Serie::Create());
+}
+
+TEST(MaterialSerieRecord, IsNotCopied) {
+    EXPECT_FALSE(std::is_copy_constructible_v<ProjectSettingMEPMaterialSerie>);
+    EXPECT_FALSE(std::is_copy_assignable_v<ProjectSettingMEPMaterialSerie>);
 }
 
 } // namespace

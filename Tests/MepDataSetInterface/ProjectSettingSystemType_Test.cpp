@@ -5,6 +5,19 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
+namespace tolm {
+
+/// What tests see of a system type: its cable tables, which a test may put an empty entry into.
+struct RecordTestAccess {
+    static auto& CableTables(IProjectSettingSystemType& record) {
+        return dynamic_cast<ProjectSettingSystemType&>(record).m_cableSpecTypeList;
+    }
+};
+
+} // namespace tolm
+
 namespace {
 
 using namespace tolm;
@@ -150,6 +163,116 @@ TEST(SystemMaterialSerieRecord, HoldsOneSerieUnderAnIdentifierOfItsOwn) {
     link->SetMEPMaterialSerie(NamedSerie(L"a"));
     EXPECT_EQ(link->GetSerieId(), L"l-1");
     EXPECT_EQ(link->GetMEPMaterialSerie()->GetName(), L"a");
+}
+
+TEST(SystemTypeRecord, SettingTheTypeLeavesTheDiscipline) {
+    const auto systemType = SystemType::Create();
+    systemType->SetMEPType(TolmProjectSettingMEPObjectType::ElectricalSystem);
+    EXPECT_EQ(systemType->GetDisciplineId(), MEPDisciplineId::Plumbing);
+}
+
+TEST(SystemTypeRecord, ReleasesASerieThatIsDeletedAndTheOthersWithItself) {
+    using Series = Tracked<Serie>;
+    {
+        const auto systemType = SystemType::Create();
+        for (int i = 0; i < 4; ++i) {
+            auto serie = Series::Make();
+            systemType->AddSystemMaterialSerie(serie);
+        }
+        systemType->DeleteSystemMaterialSerie(2);
+        EXPECT_EQ(Series::Living(), 3U);
+        systemType->ClearMaterialSerie();
+        EXPECT_EQ(Series::Living(), 0U);
+        auto serie = Series::Make();
+        systemType->AddSystemMaterialSerie(serie);
+    }
+    EXPECT_EQ(Series::Living(), 0U);
+}
+
+TEST(SystemTypeRecord, DeletingCountsAnEmptyEntryToo) {
+    const auto systemType = SystemType::Create();
+    vorn::OwnerPtr<Serie> none;
+    systemType->AddSystemMaterialSerie(none);
+    AddSerie(*systemType, L"a");
+    systemType->DeleteSystemMaterialSerie(0);
+    EXPECT_EQ(Names(*systemType), (std::vector<wstring>{L"a"}));
+}
+
+TEST(SystemTypeRecord, ACableTableOfAKnownTypeNameIsReleased) {
+    using Tables = Tracked<IProjectSettingSizeModule>;
+    {
+        const auto systemType = SystemType::Create();
+        systemType->AddCableSpecType(Tables::Make());
+        const auto* const first = systemType->GetCableSpecTypeList().at(L"");
+        systemType->AddCableSpecType(Tables::Make());
+        EXPECT_EQ(Tables::Living(), 1U);
+        EXPECT_EQ(systemType->GetCableSpecTypeList().at(L""), first);
+        systemType->DeleteCableSpecType(L"");
+        EXPECT_EQ(Tables::Living(), 0U);
+        systemType->AddCableSpecType(Tables::Make());
+    }
+    EXPECT_EQ(Tables::Living(), 0U);
+}
+
+TEST(SystemTypeRecord, ACableTableStaysUnderTheNameThatItCameWith) {
+    const auto systemType = SystemType::Create();
+    auto table = CableTable(L"BV", L"first");
+    auto* const held = table.get();
+    systemType->AddCableSpecType(std::move(table));
+    SetText(*held, &IProjectSettingSizeModule::SetCableSpecTypeName, L"YJV");
+    EXPECT_EQ(systemType->GetCableSpecTypeList().count(L"BV"), 1U);
+    EXPECT_EQ(systemType->GetCableSpecTypeList().count(L"YJV"), 0U);
+}
+
+TEST(SystemTypeRecord, AnEmptyEntryOfTheCableTablesIsLeftOutAndReported) {
+    const auto systemType = SystemType::Create();
+    systemType->AddCableSpecType(CableTable(L"BV", L"first"));
+    RecordTestAccess::CableTables(*systemType)[L"YJV"] = nullptr;
+    const auto list = systemType->GetCableSpecTypeList();
+    ASSERT_EQ(list.size(), 1U);
+    EXPECT_EQ(list.at(L"BV")->GetId(), L"first");
+    EXPECT_EQ(TakeDebugWarningsWithFunction(),
+              (Warnings{L"ProjectSettingSystemType::GetCableSpecTypeList: pSize为空"}));
+}
+
+TEST(SystemTypeRecord, ThatCannotBeMadeIsAnEmptyOwner) {
+    const MemoryForRecords memory(0);
+    EXPECT_FALSE(ProjectSettingSystemType::Create());
+    EXPECT_FALSE(SystemType::Create());
+}
+
+TEST(SystemTypeRecord, IsNotCopied) {
+    EXPECT_FALSE(std::is_copy_constructible_v<ProjectSettingSystemType>);
+    EXPECT_FALSE(std::is_copy_assignable_v<ProjectSettingSystemType>);
+}
+
+TEST(SystemMaterialSerieRecord, ANewSerieTakesThePlaceOfTheOldWhichIsReleased) {
+    using Series = Tracked<Serie>;
+    {
+        const auto link = IProjectSettingSystemMaterialSerie::Create();
+        link->SetMEPMaterialSerie(Series::Make());
+        link->SetMEPMaterialSerie(Series::Make());
+        EXPECT_EQ(Series::Living(), 1U);
+        link->SetMEPMaterialSerie({});
+        EXPECT_EQ(link->GetMEPMaterialSerie(), nullptr);
+        EXPECT_EQ(Series::Living(), 0U);
+        link->SetMEPMaterialSerie(Series::Make());
+    }
+    EXPECT_EQ(Series::Living(), 0U);
+}
+
+TEST(SystemMaterialSerieRecord, ItsIdentifierIsNotThatOfItsSerie) {
+    const auto link = IProjectSettingSystemMaterialSerie::Create();
+    const wstring id = link->GetSerieId();
+    link->SetMEPMaterialSerie(NamedSerie(L"a"));
+    EXPECT_EQ(link->GetSerieId(), id);
+    EXPECT_NE(link->GetMEPMaterialSerie()->GetId(), id);
+}
+
+TEST(SystemMaterialSerieRecord, ThatCannotBeMadeIsAnEmptyOwner) {
+    const MemoryForRecords memory(0);
+    EXPECT_FALSE(ProjectSettingSystemMaterialSerie::Create());
+    EXPECT_FALSE(IProjectSettingSystemMaterialSerie::Create());
 }
 
 } // namespace

@@ -57,6 +57,21 @@ private:
     static inline int s_living = 0;
 };
 
+/// Records whose release a test can watch.
+template <class Record> class Tracked {
+public:
+    static vorn::OwnerPtr<Record> Make() {
+        auto owner = Record::Create();
+        Record* const record = owner.get();
+        s_living.emplace(record, std::move(owner));
+        return {record, [](void* released) { s_living.erase(released); }};
+    }
+    static std::size_t Living() { return s_living.size(); }
+
+private:
+    static inline std::map<void*, vorn::OwnerPtr<Record>> s_living;
+};
+
 /// Sets a text through a setter that takes it by reference.
 template <class Record> void SetText(Record& record, void (Record::*setter)(std::wstring&), std::wstring text) {
     (record.*setter)(text);

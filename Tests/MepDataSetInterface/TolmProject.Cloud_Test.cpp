@@ -1,9 +1,11 @@
 #include "MepDataSetInterface/DatasetTestSupport.h"
 
+#include "Host/Categories.h"
+#include "Host/Components.h"
 #include "MepDataSetInterface/AvailableLater.h"
 #include "Support/ScriptedServer.h"
 #include "Support/TestSession.h"
-#include "Vorn/Clock.h"
+#include "Vorn/Files.h"
 
 #include <optional>
 
@@ -161,7 +163,8 @@ TEST_F(Cloud, ARefreshWithoutASessionFails) {
 
 /// One plumbing pipe material that the service adds at version 2.
 constexpr const char* kOneMaterial =
-    R"({"add":{"ConfigTree":[{"ID":"m-1","groupName":"plumbingPipeMaterial","name":"copper","version":2}]},"del":{}})";
+    R"({"add":{"ConfigTree":[{"ID":"m-1","groupName":"MaterialSeries","parentID":"","text":"copper","content":{}}]},)"
+    R"("del":{}})";
 
 TEST_F(Cloud, ARefreshBringsTheDatasetToTheServicesVersionAndNotesTheTimeWithItsFlag) {
     const TestSession session(server.Address());
@@ -176,6 +179,57 @@ TEST_F(Cloud, ARefreshBringsTheDatasetToTheServicesVersionAndNotesTheTimeWithIts
         EXPECT_EQ(util.GetLocalVersion(path, ddq, changed), 2);
         EXPECT_FALSE(changed);
     }
+}
+
+constexpr const char* kOtherContent =
+    R"({"add":{"ConfigTree":[],"BinaryTable":[{"fileName":"a.bin","length":3,"data":"YWJj"}],)"
+    R"("Combination_16353515":[{"ID":"k1","Name":"Hanger","Spacing":1200,"List":[)"
+    R"({"CategoryStandardCode":"16353515","ComponentId":"a","ComponentTypeId":"at"}]}]},"del":{}})";
+
+TEST_F(Cloud, ARefreshLeavesCombinedProductsAndBinaryFilesAtTheirPaths) {
+    const TestSession session(server.Address());
+    ASSERT_TRUE(TolmComponentSqlUtil::Import(componentPath, {}, {{L"16353515", L"", L"1", L"吊架", L"Hanger"}}, {}));
+    TolmCategoryInfoUtilsHandler::Get().SetUtils(CreateCategoryInfoUtils(componentPath));
+    ASSERT_TRUE(vorn::FileSystem::CreateDirectories(binaryFolder));
+    Answer(1);
+    server.On("/api/DownloadVersion/", ScriptedAnswer::Data(kOtherContent));
+    server.On("/api/workunit/downloadData", ScriptedAnswer::Data("[]"));
+    EXPECT_TRUE(dataset->SyncDataFromCloud(false, nullptr, nullptr));
+    TolmCategoryInfoUtilsHandler::Get().SetUtils({});
+    std::vector<TolmCombinedProduct> products;
+    EXPECT_TRUE(TolmComponentSqlUtil::ReadCombinedProductList(combinedPath, L"16353515", products));
+    ASSERT_EQ(products.size(), 1U);
+    EXPECT_EQ(products[0].Id, L"k1");
+    EXPECT_EQ(FileBytes(binaryFolder + L"/a.bin"), "abc");
+}
+
+/// Notes what is reported.
+class Reporter : public vorn::IProgressReporter {
+public:
+    void ReportProgress(double percentage) override { reported.push_back(percentage); }
+    std::vector<double> reported;
+};
+
+TEST_F(Cloud, ARefreshReportsItsProgress) {
+    const TestSession session(server.Address());
+    Answer(2);
+    server.On("/api/DownloadVersion/", ScriptedAnswer::Data(kOneMaterial));
+    server.On("/api/workunit/downloadData", ScriptedAnswer::Data("[]"));
+    Reporter reporter;
+    EXPECT_TRUE(dataset->SyncDataFromCloud(false, &reporter, nullptr));
+    EXPECT_FALSE(reporter.reported.empty());
+}
+
+TEST_F(Cloud, AfterARefreshTheTablesAreCollectedAgain) {
+    const TestSession session(server.Address());
+    dataset->CollectData(false, {TableId::PlumbingPipeMaterials});
+    Answer(2);
+    server.On("/api/DownloadVersion/", ScriptedAnswer::Data(kOneMaterial));
+    server.On("/api/workunit/downloadData", ScriptedAnswer::Data("[]"));
+    EXPECT_TRUE(dataset->SyncDataFromCloud(false, nullptr, nullptr));
+    EXPECT_EQ(Materials(), Ids{});
+    dataset->CollectData(false, {TableId::PlumbingPipeMaterials});
+    EXPECT_EQ(Materials(), (Ids{L"m-1"}));
 }
 
 TEST_F(Cloud, ADefaultTemplateIsAppliedToTheProject) {

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <type_traits>
+
 namespace {
 
 using namespace tolm;
@@ -104,6 +107,43 @@ TEST(CircuitTemplateRecord, ASwitchPositionOutsideIsEmptyAndIgnored) {
 TEST(CircuitTemplateRecord, ThatCannotBeMadeIsAnEmptyOwner) {
     const MemoryForRecords memory(0);
     EXPECT_FALSE(TolmProjectSettingCircuitTemplate::Create());
+}
+
+TEST(CircuitTemplateRecord, EachSwitchListIsItsOwn) {
+    const auto circuit = Template::Create();
+    for (const auto& field : kSwitchFields)
+        (circuit.get()->*field.set)(1, wstring(field.name, field.name + std::string(field.name).size()));
+    EXPECT_EQ(circuit->GetSwitchComponentTypeId(1), L"type id");
+    EXPECT_EQ(circuit->GetSwitchComponentId(1), L"id");
+    EXPECT_EQ(circuit->GetSwitchComponentTypeName(1), L"type name");
+    EXPECT_EQ(circuit->GetSwitchComponentId(0), L"");
+}
+
+TEST(CircuitTemplateRecord, NumbersPassThroughWhatever) {
+    const auto circuit = Template::Create();
+    for (short dn : {std::numeric_limits<short>::min(), short{-1}, std::numeric_limits<short>::max()}) {
+        circuit->SetConduitSizeDn(dn);
+        EXPECT_EQ(circuit->GetConduitSizeDn(), dn);
+        circuit->SetIsApply(dn * 65536);
+        EXPECT_EQ(circuit->GetIsApply(), dn * 65536);
+    }
+}
+
+TEST(CircuitTemplateRecord, ASetterLeavesTheCallersValueAlone) {
+    const auto circuit = Template::Create();
+    for (const auto& field : kTextFields) {
+        wstring text = L"text";
+        (circuit.get()->*field.set)(text);
+        EXPECT_EQ(text, L"text") << field.name;
+    }
+    short dn = 20;
+    circuit->SetConduitSizeDn(dn);
+    EXPECT_EQ(dn, 20);
+}
+
+TEST(CircuitTemplateRecord, IsNotCopied) {
+    EXPECT_FALSE(std::is_copy_constructible_v<TolmProjectSettingCircuitTemplate>);
+    EXPECT_FALSE(std::is_copy_assignable_v<TolmProjectSettingCircuitTemplate>);
 }
 
 } // namespace

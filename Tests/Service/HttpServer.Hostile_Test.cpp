@@ -163,6 +163,7 @@ TEST_F(Guarded, AFaultOfTheDatabaseTellsNothingOfItself) {
     EXPECT_EQ(answer.status, 500);
     EXPECT_EQ(json::parse(answer.body)["msg"], service::RowOf(service::Answer::Internal).message);
     EXPECT_NE(Log().find("fault: "), std::string::npos);
+    EXPECT_EQ(Log().find("SELECT"), std::string::npos) << "statements stay out of the log: " << Log();
 }
 
 TEST_F(Guarded, TheLogHasEachRequestAndNoSecret) {

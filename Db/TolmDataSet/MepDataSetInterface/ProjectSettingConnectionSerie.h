@@ -8,6 +8,8 @@ namespace tolm {
 class TOLM_DATASET_API ProjectSettingConnectionSerie : public IProjectSettingConnectionSerie {
 public:
     static vorn::OwnerPtr<IProjectSettingConnectionSerie> Create();
+    ProjectSettingConnectionSerie(const ProjectSettingConnectionSerie&) = delete;
+    ProjectSettingConnectionSerie& operator=(const ProjectSettingConnectionSerie&) = delete;
     ~ProjectSettingConnectionSerie() override;
 
     vorn::OwnerPtr<IProjectSettingConnectionSerie> Clone() const override;

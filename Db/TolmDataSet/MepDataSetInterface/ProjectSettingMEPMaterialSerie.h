@@ -9,6 +9,8 @@ namespace tolm {
 class TOLM_DATASET_API ProjectSettingMEPMaterialSerieGroup : public IProjectSettingMEPMaterialSerieGroup {
 public:
     static vorn::OwnerPtr<IProjectSettingMEPMaterialSerieGroup> Create();
+    ProjectSettingMEPMaterialSerieGroup(const ProjectSettingMEPMaterialSerieGroup&) = default;
+    ProjectSettingMEPMaterialSerieGroup& operator=(const ProjectSettingMEPMaterialSerieGroup&) = default;
     ~ProjectSettingMEPMaterialSerieGroup() override;
 
     vorn::OwnerPtr<IProjectSettingMEPMaterialSerieGroup> Clone() const override;

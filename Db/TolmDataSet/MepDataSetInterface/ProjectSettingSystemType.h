@@ -9,6 +9,8 @@ namespace tolm {
 class TOLM_DATASET_API ProjectSettingSystemType : public IProjectSettingSystemType {
 public:
     static vorn::OwnerPtr<IProjectSettingSystemType> Create();
+    ProjectSettingSystemType(const ProjectSettingSystemType&) = delete;
+    ProjectSettingSystemType& operator=(const ProjectSettingSystemType&) = delete;
     ~ProjectSettingSystemType() override;
 
     wstring GetId() const override { return m_id; }
@@ -39,6 +41,7 @@ public:
 private:
     ProjectSettingSystemType();
     friend struct ObjectMaker;
+    friend struct RecordTestAccess;
 
     wstring m_id;
     wstring m_name;

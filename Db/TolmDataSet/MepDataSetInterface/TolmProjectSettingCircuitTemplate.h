@@ -11,6 +11,8 @@ namespace tolm {
 class TOLM_DATASET_API TolmProjectSettingCircuitTemplate : public ITolmProjectSettingCircuitTemplate {
 public:
     static vorn::OwnerPtr<ITolmProjectSettingCircuitTemplate> Create();
+    TolmProjectSettingCircuitTemplate(const TolmProjectSettingCircuitTemplate&) = delete;
+    TolmProjectSettingCircuitTemplate& operator=(const TolmProjectSettingCircuitTemplate&) = delete;
     ~TolmProjectSettingCircuitTemplate() override;
 
     wstring GetId() const override { return m_id; }

@@ -99,7 +99,7 @@ BinaryFileFolder::BinaryFileFolder(const wstring& folder, const wstring& combine
 wstring BinaryFileFolder::PathOf(const wstring& name) const {
     if (m_folder.empty() || !IsPlainFileName(name))
         Refuse();
-    const wstring path = m_folder + L"\\" + name;
+    wstring path = m_folder + L"\\" + name;
     const fs::path native = Native(path);
     std::error_code error;
     const fs::file_status status = fs::symlink_status(native, error);

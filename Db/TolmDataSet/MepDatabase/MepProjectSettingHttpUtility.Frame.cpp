@@ -5,6 +5,7 @@
 #include "MepDatabase/WireText.h"
 #include "Vorn/DebugMessage.h"
 
+#include <cpprest/containerstream.h>
 #include <cpprest/http_client.h>
 #include <cpprest/http_msg.h>
 
@@ -12,6 +13,8 @@
 #include <chrono>
 #include <cstdint>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace tolm {
 namespace {
@@ -51,12 +54,20 @@ void Address(TolmProjectSettingHttpUtility& client, const CloudCall& call, http_
         request.set_request_uri(web::uri(ToWire(call.path)));
 }
 
+/// UTF-8 text; a content type among the headers goes before the one given here. The text is handed over as unsigned
+/// bytes, since the HTTP library reads a stream of plain characters through a type that it does not have.
+void SetBody(const web::json::value& body, http_request& request) {
+    const std::string text = body.serialize();
+    auto bytes = concurrency::streams::bytestream::open_istream(std::vector<unsigned char>(text.begin(), text.end()));
+    request.set_body(bytes, text.size(), "text/plain; charset=utf-8");
+}
+
 CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) {
     http_client http = ClientFor(client, call);
     http_request request(call.endpoint.method);
     Address(client, call, request);
     if (call.body != nullptr)
-        request.set_body(call.body->serialize(), "text/plain; charset=utf-8");
+        SetBody(*call.body, request);
     auto response = http.request(request, pplx::cancellation_token::none()).get();
     CloudAnswer answer;
     answer.body = response.extract_json(false).get();

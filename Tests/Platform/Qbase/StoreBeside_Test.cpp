@@ -459,6 +459,20 @@ TEST_F(StoreBeside, AFileThatWentMeanwhileKeepsBothFromTheLock) {
     EXPECT_EQ(ErrorOf(qb), QbaseError::NotFound);
 }
 
+TEST_F(StoreBeside, ACompanionThatWasClosedIsLetGoOf) {
+    MakeBoth();
+    CQbase qb;
+    CQbase third;
+    ASSERT_TRUE(Open(qb));
+    {
+        CQbase beside;
+        ASSERT_TRUE(OpenSecond(beside, qb) && third.openBeside(qb, m_definition, m_folder.File(L"third.db"), true));
+    }
+    ASSERT_TRUE(CQbase::removeStore(m_second));
+    EXPECT_TRUE(qb.lockForUpdate());
+    EXPECT_TRUE(third.createRec("AAA", L"y") && third.saveRec() && third.closeDatabase() && qb.closeDatabase());
+}
+
 TEST_F(StoreBeside, ACrashLeavesBothAsTheyWere) {
     MakeBoth();
     EXPECT_FALSE(InChild([&] {

@@ -170,6 +170,18 @@ TEST_F(StoreFiles, ACopyThatFailsLeavesTheHandleAsItWas) {
     EXPECT_EQ(NumbersIn(m_path), "1a,3b,4c");
 }
 
+TEST_F(StoreFiles, ACopyWithoutALockTakesOneForItself) {
+    CQbase qb;
+    ASSERT_TRUE(Open(qb) && qb.copyTo(m_second));
+    EXPECT_EQ(NumbersIn(m_second), "1a,3b");
+    CQbase::setLockTimeout(60000);
+    CQbase holder;
+    ASSERT_TRUE(Open(holder) && holder.lockForUpdate());
+    EXPECT_FALSE(qb.copyTo(m_second));
+    EXPECT_EQ(ErrorOf(qb), QbaseError::Locked);
+    EXPECT_TRUE(holder.closeDatabase() && qb.closeDatabase()) << "nothing was lost";
+}
+
 TEST_F(StoreFiles, ATargetThatTheThreadHoldsIsRefusedAtOnce) {
     ASSERT_TRUE(CQbase::copyStore(m_path, m_second));
     CQbase::setLockTimeout(60000);

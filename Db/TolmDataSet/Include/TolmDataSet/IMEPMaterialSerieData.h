@@ -7,9 +7,9 @@
 namespace tolm {
 
 /// The table of material series and their groups. Every edit goes to the store first and to the list second; a failed
-/// write is a debug warning of the store and does not keep the record out of the list. Records are keyed by their
-/// identifier, exactly. The table owns its records: what a getter lends is valid until the record is replaced or
-/// deleted, or the table is reset. Used from one thread at a time.
+/// write does not keep the record out of the list. Records are keyed by their identifier, exactly. The table owns its
+/// records: what a getter lends is valid until the record is replaced or deleted, or the table is reset. Used from one
+/// thread at a time.
 class TOLM_DATASET_API IMEPMaterialSerieData {
 public:
     virtual ~IMEPMaterialSerieData();

@@ -36,7 +36,7 @@ public:
     virtual void DeleteFitting(int index) = 0;
     virtual void ClearFitting() = 0;
     /// All fittings in order. Their components are lent and valid while the series lives and keeps them; so are
-    /// those of the two getters below.
+    /// those of the two getters below. A fitting that came without a component has a null pointer in its place.
     virtual std::vector<ITolmProjectSettingFittingComponentConst> GetProducts() const = 0;
     virtual std::vector<const ITolmProjectSettingComponent*> GetFittingProducts(FittingPartType partType) const = 0;
     virtual std::vector<const ITolmProjectSettingComponent*>

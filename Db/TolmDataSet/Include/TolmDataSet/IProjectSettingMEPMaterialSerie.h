@@ -13,7 +13,8 @@ class TOLM_DATASET_API IProjectSettingMEPMaterialSerie {
 public:
     virtual ~IProjectSettingMEPMaterialSerie();
     /// A copy under a new identifier. Its group and size table keep their identifiers, its connection series gets a
-    /// new one. An empty owner and a debug warning when the copy or one of its parts could not be made.
+    /// new one. An empty owner and a debug warning when the copy, its group or its size table could not be made; a
+    /// copy whose connection series could not be made has none.
     virtual vorn::OwnerPtr<IProjectSettingMEPMaterialSerie> Clone() const = 0;
     virtual wstring GetId() const = 0;
     virtual void SetId(wstring& id) = 0;

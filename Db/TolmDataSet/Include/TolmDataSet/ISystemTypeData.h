@@ -6,10 +6,10 @@
 
 namespace tolm {
 
-/// The table of system types. Every edit goes to the store first and to the list second; a failed write is a debug
-/// warning of the store and does not keep the record out of the list. Records are keyed by their identifier, exactly.
-/// The table owns its records: what the getter lends is valid until the record is replaced or deleted, or the table
-/// is reset. Used from one thread at a time.
+/// The table of system types. Every edit goes to the store first and to the list second; a failed write does not keep
+/// the record out of the list. Records are keyed by their identifier, exactly. The table owns its records: what the
+/// getter lends is valid until the record is replaced or deleted, or the table is reset. Used from one thread at a
+/// time.
 class TOLM_DATASET_API ISystemTypeData {
 public:
     virtual ~ISystemTypeData();
