@@ -56,6 +56,10 @@ template <class Record> void ExpectNoAttributeTwice(AttributeTable<Record> table
 TEST(AttributeTable, NoAttributeStandsTwiceInATable) {
     ExpectNoAttributeTwice(MaterialAttributes());
     ExpectNoAttributeTwice(SizeModuleAttributes());
+    ExpectNoAttributeTwice(ConnectionSerieAttributes());
+    ExpectNoAttributeTwice(MaterialSerieAttributes());
+    ExpectNoAttributeTwice(MaterialSerieGroupAttributes());
+    ExpectNoAttributeTwice(SystemTypeAttributes());
     for (int type = 1; type <= 5; ++type)
         ExpectNoAttributeTwice(SizeModuleKindOf(static_cast<Type>(type))->attributes);
 }
@@ -64,6 +68,12 @@ TEST(AttributeTable, TheNestedMaterialLacksTheTimeOfCreationAlone) {
     EXPECT_EQ(NestedMaterialAttributes().size() + 1, MaterialAttributes().size());
     EXPECT_EQ(MaterialAttributes().back().id, 1401);
     EXPECT_EQ(NestedMaterialAttributes().data(), MaterialAttributes().data());
+}
+
+TEST(AttributeTable, TheNestedGroupLacksTheTimeOfCreationAlone) {
+    EXPECT_EQ(NestedMaterialSerieGroupAttributes().size() + 1, MaterialSerieGroupAttributes().size());
+    EXPECT_EQ(MaterialSerieGroupAttributes().back().id, 1401);
+    EXPECT_EQ(NestedMaterialSerieGroupAttributes().data(), MaterialSerieGroupAttributes().data());
 }
 
 class NumbersThatAreNone : public StoreFixture {};

@@ -1,5 +1,6 @@
 #include "MepDatabase/MepQbaseUtil.h"
 #include "StoreSupport/Records.h"
+#include "StoreSupport/SeriesFixture.h"
 #include "StoreSupport/StoreFixture.h"
 
 namespace {
@@ -118,6 +119,84 @@ TEST_F(SizeModuleReferences, AreAskedForWithoutAChange) {
     EXPECT_TRUE(IsReferred(Type::Pipe, Discipline::Plumbing));
     EXPECT_EQ(FileBytes(path), before);
     EXPECT_FALSE(Exists(statusPath));
+}
+
+// --- material series -----------------------------------------------------------------------------------------------
+
+class SeriesReferences : public SeriesFixture {
+protected:
+    bool System(const wchar_t* id, const wchar_t* name, const std::vector<const wchar_t*>& series,
+                Type type = Type::Pipe, Discipline discipline = Discipline::Plumbing) {
+        auto systemType = SystemType(id, name, type, discipline);
+        for (const wchar_t* serieId : series) {
+            auto serie = Serie(serieId);
+            systemType->AddSystemMaterialSerie(serie);
+        }
+        return Write(systemType);
+    }
+    bool IsReferred(Type type = Type::Pipe, Discipline discipline = Discipline::Plumbing, const wchar_t* id = L"s") {
+        return util.IsTheMEPMaterialSeireReferred(path, ddq, Serie(id, L"", type, discipline).get(), referrer);
+    }
+
+    wstring referrer = L"before";
+};
+
+TEST_F(SeriesReferences, AreTheSystemTypesThatListIt) {
+    ASSERT_TRUE(System(L"1", L"without", {}) && System(L"2", L"other", {L"a", L"ss"}));
+    EXPECT_FALSE(IsReferred());
+    EXPECT_EQ(referrer, L"before");
+    ASSERT_TRUE(System(L"3", L"cold water", {L"a", L"s"}) && System(L"4", L"hot water", {L"s"}));
+    EXPECT_TRUE(IsReferred());
+    EXPECT_EQ(referrer, L"cold water") << "the first that the store yields";
+}
+
+TEST_F(SeriesReferences, OfDuctsAreFoundToo) {
+    ASSERT_TRUE(System(L"1", L"supply", {L"s"}, Type::Duct, Discipline::HVAC));
+    EXPECT_TRUE(IsReferred(Type::Duct, Discipline::HVAC));
+    EXPECT_EQ(referrer, L"supply");
+}
+
+TEST_F(SeriesReferences, AreOfTheSeriesTypeAndDiscipline) {
+    ASSERT_TRUE(System(L"1", L"cold water", {L"s"}));
+    EXPECT_FALSE(IsReferred(Type::Pipe, Discipline::HVAC));
+    EXPECT_FALSE(IsReferred(Type::Duct, Discipline::Plumbing));
+    EXPECT_FALSE(IsReferred(Type::Pipe, Discipline::Plumbing, L"S"));
+}
+
+TEST_F(SeriesReferences, OfOtherTypesAreNeverAskedFor) {
+    for (const Type type : {Type::CableTray, Type::Conduit, Type::Wire, Type::ElectricalSystem}) {
+        ASSERT_TRUE(System(L"1", L"odd", {L"s"}, type, Discipline::Electrical));
+        CQbase holder;
+        ASSERT_TRUE(holder.openDatabase(ddq, path, false) && holder.lockForUpdate());
+        EXPECT_FALSE(IsReferred(type, Discipline::Electrical));
+    }
+    const NoStoreHandles none;
+    EXPECT_FALSE(IsReferred(Type::CableTray, Discipline::Electrical)) << "no handle is asked for";
+}
+
+TEST_F(SeriesReferences, WithoutANameLeaveTheText) {
+    ASSERT_TRUE(System(L"1", L"cold water", {L"s"}));
+    Sql(path, "update SYS set Name = null");
+    EXPECT_TRUE(IsReferred());
+    EXPECT_EQ(referrer, L"before");
+}
+
+TEST_F(SeriesReferences, BeyondTheHundredthAreNotSeen) {
+    std::vector<const wchar_t*> series(100, L"a");
+    series.push_back(L"s");
+    ASSERT_TRUE(System(L"1", L"cold water", series));
+    EXPECT_FALSE(IsReferred());
+}
+
+TEST_F(SeriesReferences, InAStoreThatDoesNotOpenAreNone) {
+    EXPECT_FALSE(IsReferred());
+    EXPECT_FALSE(Exists(path));
+}
+
+TEST_F(SeriesReferences, OfNoSeriesAreReported) {
+    MakeStore();
+    EXPECT_FALSE(util.IsTheMEPMaterialSeireReferred(path, ddq, nullptr, referrer));
+    EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"MepQbaseUtil::IsTheMEPMaterialSeireReferred: pSerie为空"}));
 }
 
 } // namespace

@@ -16,6 +16,9 @@ vorn::OwnerPtr<CQbase> MakeQbase() {
     }
 }
 
+/// Most ids that are taken of a list.
+constexpr int kIdListBound = 100;
+
 std::atomic<StoreFrame::Maker> g_maker = &MakeQbase;
 
 struct Flags {
@@ -78,8 +81,7 @@ void StoreFrame::Track(const LocalChange& change) {
 }
 
 std::optional<StoreFrame::Target> StoreFrame::FetchOrCreate(const char* classCode, wstring id) {
-    if (id.empty())
-        id = vorn::GuidUtils::ToString(vorn::GuidUtils::Generate(), false, false);
+    id = IdOrNew(std::move(id));
     const bool exists = m_qb->existRec(classCode, id);
     if (exists ? m_qb->fetchEqualRec(classCode, id) : m_qb->createRec(classCode, id))
         return Target{std::move(id), exists ? ChangeStatus::Edited : ChangeStatus::Created};
@@ -93,6 +95,20 @@ void StoreFrame::SetMaker(Maker maker) {
 wstring CurrentId(CQbase& qb) {
     CWsz id;
     return qb.getObjId(id) ? id.str() : wstring();
+}
+
+wstring IdOrNew(wstring id) {
+    return id.empty() ? vorn::GuidUtils::ToString(vorn::GuidUtils::Generate(), false, false) : id;
+}
+
+std::vector<wstring> ReadIdList(CQbase& qb, short attributeId) {
+    CWszArray ids;
+    std::vector<wstring> list;
+    if (!qb.getWszArray(attributeId, ids, kIdListBound, -1))
+        return list;
+    for (int i = 0; i < ids.length(); ++i)
+        list.push_back(ids.wszAt(i).str());
+    return list;
 }
 
 } // namespace tolm

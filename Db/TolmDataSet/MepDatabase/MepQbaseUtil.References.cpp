@@ -1,8 +1,12 @@
 #include "MepDatabase/MepQbaseUtil.h"
+#include "MepDatabase/FileHeader.h"
+#include "MepDatabase/Fittings.h"
 #include "MepDatabase/StoreFrame.h"
 #include "MepDatabase/StoreSchema.h"
-#include "TolmDataSet/IProjectSettingSizeModule.h"
+#include "TolmDataSet/IProjectSettingMEPMaterialSerie.h"
 #include "Vorn/DebugMessage.h"
+
+#include <algorithm>
 
 namespace tolm {
 namespace {
@@ -14,19 +18,25 @@ void ReadName(CQbase& qb, wstring& name) {
         name = text.str();
 }
 
-/// An electrical system type carries the cables' object type plus one.
-bool FindSystemTypeOfCable(CQbase& qb, const IProjectSettingSizeModule& module, wstring& referrerName) {
-    qb.setFilter(schema::kDisciplineId, "=", ToShort(module.GetDisciplineId()));
-    qb.setFilter(schema::kMEPType, "=", ToShort(static_cast<int>(module.GetMEPType()) + 1));
-    const wstring id = module.GetId();
+/// Finds a system type of this type and discipline that lists the id in the attribute.
+bool FindSystemType(CQbase& qb, MEPDisciplineId disciplineId, int mepType, short attributeId, const wstring& id,
+                    wstring& referrerName) {
+    qb.setFilter(schema::kDisciplineId, "=", ToShort(disciplineId));
+    qb.setFilter(schema::kMEPType, "=", ToShort(mepType));
     for (bool more = qb.fetchFirstMember(schema::kSystemType); more; more = qb.fetchNextMember()) {
-        CWszArray ids;
-        if (qb.getWszArray(schema::kCableSpecTypeIds, ids, 100, -1) && ids.find(id.c_str()) >= 0) {
+        const std::vector<wstring> ids = ReadIdList(qb, attributeId);
+        if (std::find(ids.begin(), ids.end(), id) != ids.end()) {
             ReadName(qb, referrerName);
             return true;
         }
     }
     return false;
+}
+
+/// An electrical system type carries the cables' object type plus one.
+bool FindSystemTypeOfCable(CQbase& qb, const IProjectSettingSizeModule& module, wstring& referrerName) {
+    return FindSystemType(qb, module.GetDisciplineId(), static_cast<int>(module.GetMEPType()) + 1,
+                          schema::kCableSpecTypeIds, module.GetId(), referrerName);
 }
 
 bool FindSeriesOfSizeModule(CQbase& qb, const IProjectSettingSizeModule& module, wstring& referrerName) {
@@ -37,6 +47,12 @@ bool FindSeriesOfSizeModule(CQbase& qb, const IProjectSettingSizeModule& module,
         return false;
     ReadName(qb, referrerName);
     return true;
+}
+
+/// Systems refer to series of pipes and ducts only.
+bool MayBeReferred(const IProjectSettingMEPMaterialSerie& serie) {
+    return serie.GetMEPType() == TolmProjectSettingMEPObjectType::Pipe ||
+           serie.GetMEPType() == TolmProjectSettingMEPObjectType::Duct;
 }
 
 } // namespace
@@ -56,6 +72,37 @@ bool MepQbaseUtil::IsTheSizeModuleReferred(wstring filePath, wstring ddqFilePath
                                : FindSeriesOfSizeModule(*store, *pSizeModule, referrerName);
     store.Close();
     return found;
+}
+
+bool MepQbaseUtil::IsTheMEPMaterialSeireReferred(wstring filePath, wstring ddqFilePath,
+                                                 const IProjectSettingMEPMaterialSerie* pSerie, wstring& referrerName) {
+    if (pSerie == nullptr) {
+        VORN_DEBUG_WARN(L"pSerie为空");
+        return false;
+    }
+    if (!MayBeReferred(*pSerie))
+        return false;
+    StoreFrame store(TOLM_CALL_SITE);
+    if (!store.Open(filePath, ddqFilePath, StoreAccess::Change))
+        return false;
+    store->resetFilters();
+    const bool found = FindSystemType(*store, pSerie->GetDisciplineId(), static_cast<int>(pSerie->GetMEPType()),
+                                      schema::kMaterialSerieIds, pSerie->GetId(), referrerName);
+    store.Close();
+    return found;
+}
+
+bool MepQbaseUtil::ReplaceFittingComponentId(wstring filePath, wstring ddqFilePath,
+                                             std::map<wstring, wstring> componentIds) {
+    if (componentIds.empty())
+        return false;
+    StoreFrame store(TOLM_CALL_SITE);
+    if (!store.Open(filePath, ddqFilePath, StoreAccess::Change))
+        return false;
+    for (bool more = store->fetchFirstMember(schema::kConnectionSerie); more; more = store->fetchNextMember())
+        ReplaceComponentIds(*store, componentIds);
+    StampTimePoint(*store);
+    return store.Close();
 }
 
 } // namespace tolm

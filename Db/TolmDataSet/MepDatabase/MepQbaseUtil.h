@@ -18,10 +18,16 @@ class object;
 
 namespace tolm {
 
+class ComponentCache;
+class IProjectSettingConnectionSerie;
+class IProjectSettingMEPMaterialSerie;
+class IProjectSettingMEPMaterialSerieGroup;
 class IProjectSettingMaterial;
 class IProjectSettingSizeModule;
+class IProjectSettingSystemType;
 class MaterialCache;
 class StoreFrame;
+struct SharedReads;
 
 /// The one class through which the library touches the local store.
 ///
@@ -64,6 +70,63 @@ public:
     bool read_sizemodule_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingSizeModule>& retSizeModule);
     bool write_sizemodule_att(CQbase* qb, const IProjectSettingSizeModule* sizeModule);
 
+    // --- connection series, material series and their groups (MepQbaseUtil.Series.cpp) ------------------------------
+    // `componentFilePath` is the component database that the fittings come from. Readers read whole trees; a
+    // reference to a record that is gone leaves its part out.
+    bool ReadConectionSerieList(wstring filePath, wstring ddqFilePath, wstring componentFilePath,
+                                TolmProjectSettingMEPObjectType mepType,
+                                std::map<MEPConnectorType, wstring> connectorTypes,
+                                std::map<wstring, vorn::OwnerPtr<IProjectSettingConnectionSerie>>& series);
+    bool ReadConectionSerieList(wstring filePath, wstring ddqFilePath, wstring componentFilePath,
+                                MEPConnectorType connectionType,
+                                std::vector<vorn::OwnerPtr<IProjectSettingConnectionSerie>>& list);
+    bool ReadMEPMaterialSerie(wstring filePath, wstring ddqFilePath, wstring componentFilePath, wstring id,
+                              vorn::OwnerPtr<IProjectSettingMEPMaterialSerie>& serie);
+    bool ReadMEPMaterialSerieList(wstring filePath, wstring ddqFilePath, wstring componentFilePath,
+                                  TolmProjectSettingMEPObjectType mepType, MEPDisciplineId disciplineId,
+                                  std::vector<vorn::OwnerPtr<IProjectSettingMEPMaterialSerie>>& list);
+    bool ReadMEPMaterialSerieGroupList(wstring filePath, wstring ddqFilePath, TolmProjectSettingMEPObjectType mepType,
+                                       MEPDisciplineId disciplineId,
+                                       std::vector<vorn::OwnerPtr<IProjectSettingMEPMaterialSerieGroup>>& list);
+    /// Stores the connection series and the group with the series; of the size module the id alone.
+    bool WriteMEPMaterialSerie(wstring filePath, wstring ddqFilePath, const IProjectSettingMEPMaterialSerie* newSerie);
+    bool WriteMEPMaterialSerieGroup(wstring filePath, wstring ddqFilePath,
+                                    const IProjectSettingMEPMaterialSerieGroup* newGroup);
+    bool DeleteMEPMaterialSerieList(wstring filePath, wstring ddqFilePath,
+                                    std::vector<const IProjectSettingMEPMaterialSerie*> serieList);
+    bool DeleteMEPMaterialSerieGroupList(wstring filePath, wstring ddqFilePath,
+                                         std::vector<const IProjectSettingMEPMaterialSerieGroup*> groupList);
+    bool read_connection_serie_att(CQbase* qb, wstring componentFilePath,
+                                   vorn::OwnerPtr<IProjectSettingConnectionSerie>& retConnSerie);
+    bool write_connection_serie_att(CQbase* qb, const IProjectSettingConnectionSerie* pConnSerie);
+    bool read_mep_materialserie_att(CQbase* qb, wstring componentFilePath,
+                                    vorn::OwnerPtr<IProjectSettingMEPMaterialSerie>& retMatSerie);
+    bool read_serie_group_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingMEPMaterialSerieGroup>& retMatSerie);
+
+    // --- system types (MepQbaseUtil.SystemTypes.cpp) -----------------------------------------------------------------
+    bool ReadSystemType(wstring filePath, wstring ddqFilePath, wstring componentFilePath, wstring id,
+                        vorn::OwnerPtr<IProjectSettingSystemType>& systemType);
+    bool ReadSystemTypeList(wstring filePath, wstring ddqFilePath, wstring componentFilePath,
+                            MEPDisciplineId disciplineId, TolmProjectSettingMEPObjectType mepType,
+                            std::vector<vorn::OwnerPtr<IProjectSettingSystemType>>& list);
+    /// Appends a map from id to name for each pair of a discipline and an object type.
+    bool ReadSystemTypeNameIds(wstring filePath, wstring ddqFilePath, std::vector<int> discipTypes,
+                               std::vector<int> objTypes, std::vector<std::map<wstring, wstring>>& result);
+    /// The ids of the series, then of the cable tables, that each system type refers to. An id is looked for in upper
+    /// case, then in lower case.
+    bool ReadMEPSerieRecordGuidListOfSystemType(wstring filePath, wstring ddqFilePath,
+                                                std::vector<wstring> systemTypeIds,
+                                                std::map<wstring, std::vector<wstring>>& result);
+    /// Stores the ids of the series and cable tables, not these themselves.
+    bool WriteSystemType(wstring filePath, wstring ddqFilePath, const IProjectSettingSystemType* newSystem);
+    bool DeleteSystemTypeList(wstring filePath, wstring ddqFilePath,
+                              std::vector<const IProjectSettingSystemType*> systemTypeList);
+    bool DoesSystemTypeRecordExist(wstring filePath, wstring ddqFilePath, wstring id);
+    /// Sets the store's filters to the discipline and object type of what it has read, for a walk that filters by
+    /// both.
+    bool read_system_type_att(CQbase* qb, wstring componentFilePath,
+                              vorn::OwnerPtr<IProjectSettingSystemType>& retSystemType);
+
     // --- change tracking (MepQbaseUtil.Tracking.cpp) ----------------------------------------------------------------
     bool GetLocalChangedIdList(CQbase* qbStatus, int mepType, int disciplineId, const char* classCode,
                                std::vector<wstring>& createdIds, std::vector<wstring>& editedIds,
@@ -72,6 +135,10 @@ public:
     // --- references and maintenance (MepQbaseUtil.References.cpp) ----------------------------------------------------
     bool IsTheSizeModuleReferred(wstring filePath, wstring ddqFilePath, const IProjectSettingSizeModule* pSizeModule,
                                  wstring& referrerName);
+    bool IsTheMEPMaterialSeireReferred(wstring filePath, wstring ddqFilePath,
+                                       const IProjectSettingMEPMaterialSerie* pSerie, wstring& referrerName);
+    /// Gives the fittings of all connection series new component ids. Notes no change: the ids come from the cloud.
+    bool ReplaceFittingComponentId(wstring filePath, wstring ddqFilePath, std::map<wstring, wstring> componentIds);
 
     // --- refresh from the cloud (MepQbaseUtil.Pipeline.cpp) ----------------------------------------------------------
     bool SyncDataFromCloud(bool writeTimePoint, vorn::IProgressReporter* progress, wstring datasetFilePath,
@@ -113,6 +180,12 @@ private:
     /// The same, materials that `materials` holds are not read again.
     bool read_sizemodule_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingSizeModule>& retSizeModule,
                              MaterialCache& materials);
+    // The readers of trees, what `reads` holds is not read again.
+    bool read_connection_serie_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingConnectionSerie>& retConnSerie,
+                                   ComponentCache& components);
+    bool read_mep_materialserie_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingMEPMaterialSerie>& retMatSerie,
+                                    SharedReads& reads);
+    bool read_system_type_att(CQbase* qb, vorn::OwnerPtr<IProjectSettingSystemType>& retSystemType, SharedReads& reads);
 
     /// Opens and locks a store. False when a path is empty, the store will not open or the lock is not to be had.
     bool OpenQbase(wstring filePath, wstring ddqFilePath, CQbase* qb, bool forUpdate, bool create);

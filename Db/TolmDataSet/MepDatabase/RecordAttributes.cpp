@@ -10,6 +10,10 @@ namespace {
 
 using Material = IProjectSettingMaterial;
 using SizeModule = IProjectSettingSizeModule;
+using ConnectionSerie = IProjectSettingConnectionSerie;
+using MaterialSerie = IProjectSettingMEPMaterialSerie;
+using SerieGroup = IProjectSettingMEPMaterialSerieGroup;
+using SystemType = IProjectSettingSystemType;
 
 constexpr Attribute<Material> kMaterial[] = {
     attribute::Text<&Material::GetName, &Material::SetName>(schema::kName),
@@ -101,6 +105,39 @@ constexpr SizeModuleKind kKinds[] = {
      &LengthOf<&SizeModule::GetCableSpecificationList>},
 };
 
+constexpr Attribute<ConnectionSerie> kConnectionSerie[] = {
+    attribute::Text<&ConnectionSerie::GetName, &ConnectionSerie::SetName>(schema::kName),
+    attribute::Short<&ConnectionSerie::GetConnectionType, &ConnectionSerie::SetConnectionType>(schema::kConnectionType),
+    attribute::Short<&ConnectionSerie::GetObjectType, &ConnectionSerie::SetObjectType>(schema::kMEPType),
+};
+
+constexpr Attribute<MaterialSerie> kMaterialSerie[] = {
+    attribute::Text<&MaterialSerie::GetName, &MaterialSerie::SetName>(schema::kName),
+    attribute::Float<&MaterialSerie::GetMinSize, &MaterialSerie::SetMinSize>(schema::kMinSize),
+    attribute::Float<&MaterialSerie::GetMaxSize, &MaterialSerie::SetMaxSize>(schema::kMaxSize),
+    attribute::Short<&MaterialSerie::GetMEPType, &MaterialSerie::SetMEPType>(schema::kMEPType),
+    attribute::Short<&MaterialSerie::GetDisciplineId, &MaterialSerie::SetDisciplineId>(schema::kDisciplineId),
+    attribute::Double<&MaterialSerie::GetCreateTime, &MaterialSerie::SetCreateTime>(schema::kCreateTime),
+    attribute::Short<&MaterialSerie::GetJunctionType, &MaterialSerie::SetJunctionType>(schema::kJunctionType),
+};
+
+constexpr Attribute<SerieGroup> kMaterialSerieGroup[] = {
+    attribute::Text<&SerieGroup::GetName, &SerieGroup::SetName>(schema::kName),
+    attribute::Short<&SerieGroup::GetMEPType, &SerieGroup::SetMEPType>(schema::kMEPType),
+    attribute::Short<&SerieGroup::GetDisciplineId, &SerieGroup::SetDisciplineId>(schema::kDisciplineId),
+    attribute::Double<&SerieGroup::GetCreateTime, &SerieGroup::SetCreateTime>(schema::kCreateTime),
+};
+
+constexpr Attribute<SystemType> kSystemType[] = {
+    attribute::Text<&SystemType::GetName, &SystemType::SetName>(schema::kName),
+    attribute::Text<&SystemType::GetCode, &SystemType::SetCode>(schema::kCode),
+    attribute::Double<&SystemType::GetCreateTime, &SystemType::SetCreateTime>(schema::kCreateTime),
+    attribute::Text<&SystemType::GetDescription, &SystemType::SetDescription>(schema::kDescription),
+    attribute::Short<&SystemType::GetClassification, &SystemType::SetClassification>(schema::kSystemClassification),
+    attribute::Short<&SystemType::GetDisciplineId, &SystemType::SetDisciplineId>(schema::kDisciplineId),
+    attribute::Short<&SystemType::GetMEPType, &SystemType::SetMEPType>(schema::kMEPType),
+};
+
 } // namespace
 
 AttributeTable<IProjectSettingMaterial> MaterialAttributes() {
@@ -119,6 +156,26 @@ const SizeModuleKind* SizeModuleKindOf(TolmProjectSettingMEPObjectType type) {
     const auto* kind = std::find_if(std::begin(kKinds), std::end(kKinds),
                                     [type](const SizeModuleKind& each) { return each.type == type; });
     return kind != std::end(kKinds) ? kind : nullptr;
+}
+
+AttributeTable<IProjectSettingConnectionSerie> ConnectionSerieAttributes() {
+    return kConnectionSerie;
+}
+
+AttributeTable<IProjectSettingMEPMaterialSerie> MaterialSerieAttributes() {
+    return kMaterialSerie;
+}
+
+AttributeTable<IProjectSettingMEPMaterialSerieGroup> MaterialSerieGroupAttributes() {
+    return kMaterialSerieGroup;
+}
+
+AttributeTable<IProjectSettingMEPMaterialSerieGroup> NestedMaterialSerieGroupAttributes() {
+    return MaterialSerieGroupAttributes().first(3);
+}
+
+AttributeTable<IProjectSettingSystemType> SystemTypeAttributes() {
+    return kSystemType;
 }
 
 } // namespace tolm

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "MepDatabase/AttributeTable.h"
+#include "TolmDataSet/IProjectSettingMEPMaterialSerie.h"
 #include "TolmDataSet/IProjectSettingMaterial.h"
 #include "TolmDataSet/IProjectSettingSizeModule.h"
+#include "TolmDataSet/IProjectSettingSystemType.h"
 
 #include <cstddef>
 
@@ -27,5 +29,16 @@ struct SizeModuleKind {
 
 /// Null for a type that has no size tables.
 const SizeModuleKind* SizeModuleKindOf(TolmProjectSettingMEPObjectType type);
+
+/// What a connection series keeps beside its fittings.
+AttributeTable<IProjectSettingConnectionSerie> ConnectionSerieAttributes();
+/// What a material series keeps beside its references.
+AttributeTable<IProjectSettingMEPMaterialSerie> MaterialSerieAttributes();
+/// All attributes of a group of material series.
+AttributeTable<IProjectSettingMEPMaterialSerieGroup> MaterialSerieGroupAttributes();
+/// What a material series writes and reads of its group: all but the time of creation.
+AttributeTable<IProjectSettingMEPMaterialSerieGroup> NestedMaterialSerieGroupAttributes();
+/// What a system type keeps beside its references.
+AttributeTable<IProjectSettingSystemType> SystemTypeAttributes();
 
 } // namespace tolm

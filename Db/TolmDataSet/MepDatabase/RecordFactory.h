@@ -18,4 +18,20 @@ inline vorn::OwnerPtr<IProjectSettingSizeModule> MakeSizeModule() {
     return MakeRecord(&ITolmDataSetFactory::CreateSizeModule);
 }
 
+inline vorn::OwnerPtr<IProjectSettingConnectionSerie> MakeConnectionSerie() {
+    return MakeRecord(&ITolmDataSetFactory::CreateConnectionSerie);
+}
+
+inline vorn::OwnerPtr<IProjectSettingMEPMaterialSerie> MakeMaterialSerie() {
+    return MakeRecord(&ITolmDataSetFactory::CreateMEPMaterialSerie);
+}
+
+inline vorn::OwnerPtr<IProjectSettingMEPMaterialSerieGroup> MakeMaterialSerieGroup() {
+    return MakeRecord(&ITolmDataSetFactory::CreateMEPMaterialSerieGroup);
+}
+
+inline vorn::OwnerPtr<IProjectSettingSystemType> MakeSystemType() {
+    return MakeRecord(&ITolmDataSetFactory::CreateSystemType);
+}
+
 } // namespace tolm

@@ -127,4 +127,26 @@ private:
 /// The id of the current record; empty when there is none.
 wstring CurrentId(CQbase& qb);
 
+/// `id`, or a generated one in place of an empty one.
+wstring IdOrNew(wstring id);
+
+/// The ids that an attribute of the current record lists, the first hundred of them; none when it is missing.
+std::vector<wstring> ReadIdList(CQbase& qb, short attributeId);
+
+/// Makes the record of this class and id the current one and reads it: `make()` gives a new object, an empty one is
+/// reported as `notMade` in the name of `site`; `read(object)` fills it. Empty without such a record, and when either
+/// fails.
+template <class Make, class Read>
+auto ReadOne(CQbase& qb, const char* classCode, const wstring& id, CallSite site, const wchar_t* notMade, Make make,
+             Read read) -> decltype(make()) {
+    if (id.empty() || !qb.fetchEqualRec(classCode, id))
+        return {};
+    auto object = make();
+    if (object == nullptr) {
+        site.Warn(notMade);
+        return {};
+    }
+    return read(object) ? std::move(object) : decltype(make())();
+}
+
 } // namespace tolm
