@@ -79,10 +79,16 @@ template <class Record> Ids IdsOf(const std::vector<vorn::OwnerPtr<Record>>& rec
 }
 
 /// A table on a fresh store.
-template <class Table> class TableOnStore : public StoreFixture {
+template <class Table, class Store = StoreFixture> class TableOnStore : public Store {
 protected:
+    using Store::ddq;
+    using Store::path;
+    using Store::util;
+
     /// The table after a collection of an id without meaning: it has its paths and is empty.
-    void Attach() { table->CollectDesignData(path, L"", static_cast<TableId>(4)); }
+    void Attach(const wstring& componentPath = L"") {
+        table->CollectDesignData(path, componentPath, static_cast<TableId>(4));
+    }
 
     /// What the store holds of pipes and plumbing.
     Ids StoredMaterials() {
