@@ -1,6 +1,8 @@
 #include "MepDatabase/MepQbaseUtil.h"
 #include "StoreSupport/SeriesFixture.h"
 
+#include <rapidcheck.h>
+
 namespace {
 
 using namespace tolm;
@@ -137,6 +139,70 @@ TEST_F(FittingIds, OfAnEmptyMapAreFalseAndNothingIsOpened) {
     const auto before = FileBytes(path);
     EXPECT_FALSE(Replace({}));
     EXPECT_EQ(FileBytes(path), before);
+}
+
+struct Entry {
+    int part;
+    std::string product;
+    std::string Bytes() const { return Packed(product, part); }
+};
+
+/// The list that a replacement leaves, entry by entry in an area of zeros of which as many are kept as were copied.
+std::string Replaced(const std::vector<Entry>& entries, const std::map<std::string, std::string>& ids) {
+    std::string area;
+    std::string before;
+    std::size_t copied = 0;
+    bool isChanged = false;
+    for (const Entry& entry : entries) {
+        before += entry.Bytes();
+        if (entry.part < 0) {
+            area += kEmptyEntry;
+            continue;
+        }
+        const auto id = ids.find(entry.product);
+        area += id != ids.end() ? Packed(id->second, entry.part) : entry.Bytes();
+        isChanged = isChanged || (id != ids.end() && !id->second.empty());
+        ++copied;
+    }
+    return isChanged ? area.substr(0, copied * 106) : before;
+}
+
+TEST_F(FittingIds, OfAnyListBecomeWhatTheRuleSays) {
+    ASSERT_TRUE(Write(Connection(L"a")));
+    const bool holds = rc::check([this] {
+        std::vector<Entry> entries;
+        std::string bytes;
+        for (int left = *rc::gen::inRange(1, 12); left > 0; --left) {
+            entries.push_back({*rc::gen::inRange(-2, 6), *rc::gen::element<std::string>("1", "2", "3", "4")});
+            bytes += entries.back().Bytes();
+        }
+        std::map<std::string, std::string> ids;
+        for (int left = *rc::gen::inRange(0, 4); left > 0; --left) {
+            const auto from = *rc::gen::element<std::string>("1", "2", "5");
+            ids[from] = *rc::gen::element<std::string>("", "2", "9");
+        }
+        std::map<wstring, wstring> wideIds;
+        for (const auto& [from, to] : ids)
+            wideIds.emplace(wstring(from.begin(), from.end()), wstring(to.begin(), to.end()));
+        SetFittingList(L"a", bytes);
+        RC_ASSERT(Replace(wideIds) == !ids.empty());
+        RC_ASSERT(FittingList(L"a").value_or("none") == Replaced(entries, ids));
+    });
+    EXPECT_TRUE(holds);
+}
+
+TEST_F(FittingIds, BytesOfAnyKindAreReadAndReplacedWithoutHarm) {
+    ASSERT_TRUE(Write(Connection(L"a")));
+    const bool holds = rc::check([this] {
+        const auto bytes = *rc::gen::resize(700, rc::gen::container<std::string>(rc::gen::arbitrary<char>()));
+        SetFittingList(L"a", bytes);
+        const std::size_t read = Connections().empty() ? 0 : Connections()[0]->GetProducts().size();
+        RC_ASSERT(read <= bytes.size() / 106);
+        RC_ASSERT(Replace({{L"1", L"2"}}));
+        RC_ASSERT(FittingList(L"a").value_or("").size() <= bytes.size());
+    });
+    EXPECT_TRUE(holds);
+    TakeDebugWarnings();
 }
 
 } // namespace

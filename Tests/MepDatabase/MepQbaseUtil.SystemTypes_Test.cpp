@@ -334,6 +334,13 @@ TEST_F(SystemTypes, ADeletionIsNotedWithTypeAndDisciplineOfTheStore) {
     EXPECT_EQ(SqlValue(path, "select MEPType from SYS"), "1");
 }
 
+TEST_F(SystemTypes, ADeletionOfARecordWithoutTypeAndDisciplineIsNotedWithNone) {
+    ASSERT_TRUE(Write(Circuit(L"x")) && CQbase::removeStore(statusPath));
+    Sql(path, "update SYS set MEPType = null, DisciplineId = null");
+    EXPECT_TRUE(util.DeleteSystemTypeList(path, ddq, {Circuit(L"x").get()}));
+    EXPECT_EQ(StatusRecords(), (std::vector<std::string>{"SYS x 3 0 0"}));
+}
+
 TEST_F(SystemTypes, ADeletionLeavesSeriesAndCables) {
     ASSERT_TRUE(Write(Serie(L"s")) && Write(Cable(L"w", L"BV")) && Write(Linked(Circuit(L"x"), {L"s"}, {L"w"})));
     EXPECT_TRUE(util.DeleteSystemTypeList(path, ddq, {Circuit(L"x").get()}));
