@@ -78,6 +78,16 @@ template <class Record> Ids IdsOf(const std::vector<vorn::OwnerPtr<Record>>& rec
     return ids;
 }
 
+/// The identifiers of records that come by identifier.
+template <class T> Ids KeysOf(const tolm::IdMap<T>& records) {
+    Ids ids;
+    for (const auto& [id, record] : records) {
+        EXPECT_EQ(record->GetId(), id);
+        ids.push_back(id);
+    }
+    return ids;
+}
+
 /// A table on a fresh store.
 template <class Table, class Store = StoreFixture> class TableOnStore : public Store {
 protected:

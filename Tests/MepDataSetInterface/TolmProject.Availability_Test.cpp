@@ -7,15 +7,6 @@ namespace {
 using namespace tolm;
 using namespace tolmtest;
 
-template <class T> Ids KeysOf(const IdMap<T>& records) {
-    Ids ids;
-    for (const auto& [id, record] : records) {
-        EXPECT_EQ(record->GetId(), id);
-        ids.push_back(id);
-    }
-    return ids;
-}
-
 class Availability : public DatasetOnStore {
 protected:
     void StoreDucts() {

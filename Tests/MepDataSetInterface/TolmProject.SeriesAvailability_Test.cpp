@@ -8,15 +8,6 @@ using namespace tolm;
 using namespace tolmtest;
 using Names = std::map<wstring, wstring>;
 
-template <class T> Ids KeysOf(const IdMap<T>& records) {
-    Ids ids;
-    for (const auto& [id, record] : records) {
-        EXPECT_EQ(record->GetId(), id);
-        ids.push_back(id);
-    }
-    return ids;
-}
-
 /// A system type with references to series and cable tables that are stored nowhere.
 SystemTypePtr Linked(const wstring& id, const Ids& series, const Ids& cables = {}) {
     auto systemType = SystemType(id);
