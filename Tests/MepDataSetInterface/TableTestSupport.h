@@ -78,11 +78,27 @@ template <class Record> Ids IdsOf(const std::vector<vorn::OwnerPtr<Record>>& rec
     return ids;
 }
 
+/// The identifiers of records that come by identifier.
+template <class T> Ids KeysOf(const tolm::IdMap<T>& records) {
+    Ids ids;
+    for (const auto& [id, record] : records) {
+        EXPECT_EQ(record->GetId(), id);
+        ids.push_back(id);
+    }
+    return ids;
+}
+
 /// A table on a fresh store.
-template <class Table> class TableOnStore : public StoreFixture {
+template <class Table, class Store = StoreFixture> class TableOnStore : public Store {
 protected:
+    using Store::ddq;
+    using Store::path;
+    using Store::util;
+
     /// The table after a collection of an id without meaning: it has its paths and is empty.
-    void Attach() { table->CollectDesignData(path, L"", static_cast<TableId>(4)); }
+    void Attach(const wstring& componentPath = L"") {
+        table->CollectDesignData(path, componentPath, static_cast<TableId>(4));
+    }
 
     /// What the store holds of pipes and plumbing.
     Ids StoredMaterials() {

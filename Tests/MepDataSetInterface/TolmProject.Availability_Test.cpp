@@ -1,21 +1,11 @@
 #include "MepDataSetInterface/DatasetTestSupport.h"
 
 #include "Host/Definitions.h"
-#include "MepDataSetInterface/AvailableLater.h"
 
 namespace {
 
 using namespace tolm;
 using namespace tolmtest;
-
-template <class T> Ids KeysOf(const IdMap<T>& records) {
-    Ids ids;
-    for (const auto& [id, record] : records) {
-        EXPECT_EQ(record->GetId(), id);
-        ids.push_back(id);
-    }
-    return ids;
-}
 
 class Availability : public DatasetOnStore {
 protected:
@@ -144,23 +134,6 @@ TEST_F(Availability, ClassificationsAreTheHostsOwnMap) {
     EXPECT_EQ(&dataset->GetAvailableSystemClassificationList(MEPDisciplineId::HVAC),
               &MEPSystemClassificationDefinition::GetAvailableSystemClassificationList(MEPDisciplineId::HVAC));
     EXPECT_FALSE(Exists(path));
-}
-
-TEST_F(Availability, OfSeriesConnectionsAndSystemTypesIsBroughtByALaterVersion) {
-    std::map<MEPConnectorType, wstring> connectorTypes;
-    IdMap<IProjectSettingConnectionSerie> series;
-    std::vector<std::map<wstring, wstring>> names;
-    std::map<wstring, std::vector<wstring>> ids;
-    EXPECT_TRUE(dataset->GetAvailableMEPMaterialSerieList(ObjectType::Pipe, MEPDisciplineId::HVAC).empty());
-    EXPECT_FALSE(dataset->GetAvailableConnectionList(ObjectType::Pipe, connectorTypes, series));
-    dataset->GetSystemTypeNameIDs(names);
-    EXPECT_FALSE(dataset->GetMEPSerieRecordGuidListOfSystemType({L"y"}, ids));
-    EXPECT_TRUE(connectorTypes.empty() && series.empty() && names.empty() && ids.empty());
-    Warnings expected;
-    for (const wchar_t* operation : {L"GetAvailableMEPMaterialSerieList", L"GetAvailableConnectionList",
-                                     L"GetSystemTypeNameIDs", L"GetMEPSerieRecordGuidListOfSystemType"})
-        expected.push_back(wstring(L"TolmDataset::") + operation + L": " + kAvailableLater);
-    EXPECT_EQ(TakeDebugWarningsWithFunction(), expected);
 }
 
 } // namespace

@@ -101,16 +101,19 @@ TEST_F(Products, ComponentIdentifiersAreChangedInTheComponentDatabase) {
     EXPECT_EQ(found.at(L"tee")[0]->GetComponentTypeId(), L"t-9");
 }
 
-TEST_F(Products, CombinedOnesAndFittingsAreBroughtByALaterVersion) {
+TEST_F(Products, CombinedOnesAreBroughtByALaterVersion) {
     EXPECT_FALSE(dataset->AddCombinedComponents(L"target", {TolmCombinedProduct{}}));
     EXPECT_FALSE(dataset->RemoveCombinedComponents(L"key", L"target", {L"p"}));
-    EXPECT_FALSE(dataset->ReplaceFittingComponentId({{L"a", L"b"}}));
     Warnings expected;
-    for (const wchar_t* operation :
-         {L"AddCombinedComponents", L"RemoveCombinedComponents", L"ReplaceFittingComponentId"})
+    for (const wchar_t* operation : {L"AddCombinedComponents", L"RemoveCombinedComponents"})
         expected.push_back(wstring(L"TolmDataset::") + operation + L": " + kAvailableLater);
     EXPECT_EQ(TakeDebugWarningsWithFunction(), expected);
     EXPECT_FALSE(Exists(combinedPath));
+}
+
+TEST_F(Products, ComponentIdentifiersOfFittingsInAStoreThatIsNotThereAreNotReplaced) {
+    EXPECT_FALSE(dataset->ReplaceFittingComponentId({{L"a", L"b"}}));
+    EXPECT_FALSE(Exists(path));
 }
 
 } // namespace

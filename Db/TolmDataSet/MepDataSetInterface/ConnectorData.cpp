@@ -1,6 +1,9 @@
+#include "Host/Definitions.h"
 #include "MepDataSetInterface/RecordBasics.h"
 #include "MepDataSetInterface/TableLists.h"
+#include "MepDataSetInterface/TableSlices.h"
 #include "MepDataSetInterface/TolmDataset_DesignData.h"
+#include "MepDatabase/MepQbaseUtil.h"
 
 namespace tolm {
 
@@ -20,9 +23,20 @@ std::vector<const IProjectSettingConnectionSerie*> ConnectorData::GetConnectionS
     return Lend(m_connectionSerieList, TOLM_CALL_SITE, L"m_connectionSerieList[i]为空");
 }
 
-void ConnectorData::CollectDesignData(wstring datasetFilePath, wstring componentFilePath, TolmProjectSettingTableId) {
+bool ConnectorData::ReadConectionSerieList(wstring datasetFilePath, wstring componentFilePath,
+                                           MEPConnectorType connectorType,
+                                           RecordList<IProjectSettingConnectionSerie>& list) {
+    return MepQbaseUtil::GetInstance()->ReadConectionSerieList(std::move(datasetFilePath),
+                                                               DataSetFilePath::TOLMDDQFilePath,
+                                                               std::move(componentFilePath), connectorType, list);
+}
+
+void ConnectorData::CollectDesignData(wstring datasetFilePath, wstring componentFilePath,
+                                      TolmProjectSettingTableId tableId) {
     m_datasetFilePath = std::move(datasetFilePath);
     m_componentFilePath = std::move(componentFilePath);
+    if (const TableSlice* slice = FindSlice(tableId, TableKind::Connections))
+        ReadConectionSerieList(m_datasetFilePath, m_componentFilePath, slice->connectorType, m_connectionSerieList);
 }
 
 } // namespace tolm

@@ -1,7 +1,9 @@
-#include "MepDataSetInterface/AvailableLater.h"
+#include "Host/Definitions.h"
 #include "MepDataSetInterface/RecordBasics.h"
 #include "MepDataSetInterface/TableLists.h"
+#include "MepDataSetInterface/TableSlices.h"
 #include "MepDataSetInterface/TolmDataset_DesignData.h"
+#include "MepDatabase/MepQbaseUtil.h"
 
 namespace tolm {
 
@@ -21,25 +23,47 @@ std::vector<const IProjectSettingSystemType*> SystemTypeData::GetSystemTypeList(
     return Lend(m_SystemTypeList, TOLM_CALL_SITE, L"m_SystemTypeList[i]为空");
 }
 
-void SystemTypeData::AddSystemType(vorn::OwnerPtr<IProjectSettingSystemType>) {
-    VORN_DEBUG_WARN(kAvailableLater);
+void SystemTypeData::AddSystemType(vorn::OwnerPtr<IProjectSettingSystemType> pSystemType) {
+    if (!pSystemType) {
+        VORN_DEBUG_WARN(L"pSystemType为空");
+        return;
+    }
+    AddSystemTypeToDB(pSystemType.get());
+    ReplaceOrAppend(m_SystemTypeList, std::move(pSystemType), TOLM_CALL_SITE, L"(*iter)为空");
 }
 
-void SystemTypeData::GetAndAddSystemTypeById(wstring) {
-    VORN_DEBUG_WARN(kAvailableLater);
+void SystemTypeData::GetAndAddSystemTypeById(wstring id) {
+    vorn::OwnerPtr<IProjectSettingSystemType> systemType;
+    MepQbaseUtil::GetInstance()->ReadSystemType(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                m_componentFilePath, std::move(id), systemType);
+    if (systemType)
+        ReplaceOrAppend(m_SystemTypeList, std::move(systemType), TOLM_CALL_SITE, L"(*iter)为空");
 }
 
-void SystemTypeData::AddSystemTypeToDB(const IProjectSettingSystemType*) {
-    VORN_DEBUG_WARN(kAvailableLater);
+void SystemTypeData::AddSystemTypeToDB(const IProjectSettingSystemType* pSystemType) {
+    MepQbaseUtil::GetInstance()->WriteSystemType(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath, pSystemType);
 }
 
-void SystemTypeData::DeleteSystemTypeList(std::vector<const IProjectSettingSystemType*>) {
-    VORN_DEBUG_WARN(kAvailableLater);
+void SystemTypeData::DeleteSystemTypeList(std::vector<const IProjectSettingSystemType*> systemTypeList) {
+    MepQbaseUtil::GetInstance()->DeleteSystemTypeList(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                      systemTypeList);
+    EraseById(m_SystemTypeList, systemTypeList, TOLM_CALL_SITE, {L"systemTypeList[i]为空", L"(*iter)为空"});
 }
 
-void SystemTypeData::CollectDesignData(wstring datasetFilePath, wstring componentFilePath, TolmProjectSettingTableId) {
+bool SystemTypeData::ReadSystemTypeList(wstring datasetFilePath, wstring componentFilePath, MEPDisciplineId discipline,
+                                        TolmProjectSettingMEPObjectType objectType,
+                                        RecordList<IProjectSettingSystemType>& list) {
+    return MepQbaseUtil::GetInstance()->ReadSystemTypeList(std::move(datasetFilePath), DataSetFilePath::TOLMDDQFilePath,
+                                                           std::move(componentFilePath), discipline, objectType, list);
+}
+
+void SystemTypeData::CollectDesignData(wstring datasetFilePath, wstring componentFilePath,
+                                       TolmProjectSettingTableId tableId) {
     m_datasetFilePath = std::move(datasetFilePath);
     m_componentFilePath = std::move(componentFilePath);
+    if (const TableSlice* slice = FindSlice(tableId, TableKind::SystemTypes))
+        ReadSystemTypeList(m_datasetFilePath, m_componentFilePath, slice->discipline, slice->objectType,
+                           m_SystemTypeList);
 }
 
 } // namespace tolm

@@ -72,6 +72,9 @@ private:
     friend struct ObjectMaker;
     friend struct TableTestAccess;
 
+    bool ReadConectionSerieList(wstring datasetFilePath, wstring componentFilePath, MEPConnectorType connectorType,
+                                std::vector<vorn::OwnerPtr<IProjectSettingConnectionSerie>>& list);
+
     std::vector<vorn::OwnerPtr<IProjectSettingConnectionSerie>> m_connectionSerieList;
 };
 
@@ -93,6 +96,10 @@ private:
     SystemTypeData() = default;
     friend struct ObjectMaker;
     friend struct TableTestAccess;
+
+    bool ReadSystemTypeList(wstring datasetFilePath, wstring componentFilePath, MEPDisciplineId discipline,
+                            TolmProjectSettingMEPObjectType objectType,
+                            std::vector<vorn::OwnerPtr<IProjectSettingSystemType>>& list);
 
     std::vector<vorn::OwnerPtr<IProjectSettingSystemType>> m_SystemTypeList;
 };
@@ -120,6 +127,12 @@ private:
     MEPMaterialSerieData() = default;
     friend struct ObjectMaker;
     friend struct TableTestAccess;
+
+    bool ReadSerieList(wstring datasetFilePath, wstring componentFilePath, TolmProjectSettingMEPObjectType objectType,
+                       MEPDisciplineId discipline, std::vector<vorn::OwnerPtr<IProjectSettingMEPMaterialSerie>>& list);
+    bool ReadSerieGroupList(wstring datasetFilePath, TolmProjectSettingMEPObjectType objectType,
+                            MEPDisciplineId discipline,
+                            std::vector<vorn::OwnerPtr<IProjectSettingMEPMaterialSerieGroup>>& list);
 
     std::vector<vorn::OwnerPtr<IProjectSettingMEPMaterialSerie>> m_serieList;
     std::vector<vorn::OwnerPtr<IProjectSettingMEPMaterialSerieGroup>> m_serieGroupList;

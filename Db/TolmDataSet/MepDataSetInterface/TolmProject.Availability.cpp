@@ -1,6 +1,5 @@
 #include "MepDataSetInterface/TolmProject.h"
 #include "Host/Definitions.h"
-#include "MepDataSetInterface/AvailableLater.h"
 #include "MepDataSetInterface/TableLists.h"
 #include "MepDatabase/MepQbaseUtil.h"
 
@@ -8,6 +7,22 @@
 
 namespace tolm {
 namespace {
+
+/// The connector types that an object type is offered.
+struct OfferedConnector {
+    TolmProjectSettingMEPObjectType objectType;
+    MEPConnectorType connectorType;
+};
+constexpr OfferedConnector kOfferedConnectors[] = {
+    {TolmProjectSettingMEPObjectType::Pipe, MEPConnectorType::PipeThreaded},
+    {TolmProjectSettingMEPObjectType::Pipe, MEPConnectorType::PipeWelded},
+    {TolmProjectSettingMEPObjectType::Pipe, MEPConnectorType::PipeFlanged},
+    {TolmProjectSettingMEPObjectType::Pipe, MEPConnectorType::PipeGrooved},
+    {TolmProjectSettingMEPObjectType::Pipe, MEPConnectorType::PipeSocket},
+    {TolmProjectSettingMEPObjectType::Duct, MEPConnectorType::Duct},
+    {TolmProjectSettingMEPObjectType::CableTray, MEPConnectorType::CableTray},
+    {TolmProjectSettingMEPObjectType::Conduit, MEPConnectorType::Conduit},
+};
 
 /// The records by identifier; the first of an identifier counts, an empty entry is left out and reported.
 template <class T> IdMap<T> ById(RecordList<T> list, const CallSite& site, const wchar_t* emptyEntry) {
@@ -98,26 +113,40 @@ TolmDataset::GetAvailableSystemClassificationList(MEPDisciplineId discipline) {
     return MEPSystemClassificationDefinition::GetAvailableSystemClassificationList(discipline);
 }
 
-IdMap<IProjectSettingMEPMaterialSerie> TolmDataset::GetAvailableMEPMaterialSerieList(TolmProjectSettingMEPObjectType,
-                                                                                     MEPDisciplineId) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return {};
+IdMap<IProjectSettingMEPMaterialSerie>
+TolmDataset::GetAvailableMEPMaterialSerieList(TolmProjectSettingMEPObjectType objectType, MEPDisciplineId discipline) {
+    RecordList<IProjectSettingMEPMaterialSerie> list;
+    MepQbaseUtil::GetInstance()->ReadMEPMaterialSerieList(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                          m_componentFilePath, objectType, discipline, list);
+    return ById(std::move(list), TOLM_CALL_SITE, L"serieList[i]为空");
 }
 
-bool TolmDataset::GetAvailableConnectionList(TolmProjectSettingMEPObjectType, std::map<MEPConnectorType, wstring>&,
-                                             IdMap<IProjectSettingConnectionSerie>&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmDataset::GetAvailableConnectionList(TolmProjectSettingMEPObjectType objectType,
+                                             std::map<MEPConnectorType, wstring>& connectorTypes,
+                                             IdMap<IProjectSettingConnectionSerie>& series) {
+    const std::map<MEPConnectorType, wstring> names = MEPConnectorTypeDefinition::ConnectorTypeNameList;
+    for (const auto& offered : kOfferedConnectors) {
+        const auto known = names.find(offered.connectorType);
+        if (offered.objectType == objectType && known != names.end())
+            connectorTypes.insert(*known);
+    }
+    MepQbaseUtil::GetInstance()->ReadConectionSerieList(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                        m_componentFilePath, objectType, connectorTypes, series);
+    return !series.empty();
 }
 
-void TolmDataset::GetSystemTypeNameIDs(std::vector<std::map<wstring, wstring>>&) {
-    VORN_DEBUG_WARN(kAvailableLater);
+void TolmDataset::GetSystemTypeNameIDs(std::vector<std::map<wstring, wstring>>& result) {
+    // Plumbing pipes, ducts, HVAC pipes, electrical systems, cable trays.
+    const std::vector<int> disciplines{2, 1, 1, 3, 3};
+    const std::vector<int> objectTypes{1, 2, 1, 6, 3};
+    MepQbaseUtil::GetInstance()->ReadSystemTypeNameIds(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath, disciplines,
+                                                       objectTypes, result);
 }
 
-bool TolmDataset::GetMEPSerieRecordGuidListOfSystemType(std::vector<wstring>,
-                                                        std::map<wstring, std::vector<wstring>>&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmDataset::GetMEPSerieRecordGuidListOfSystemType(std::vector<wstring> systemTypeIds,
+                                                        std::map<wstring, std::vector<wstring>>& result) {
+    return MepQbaseUtil::GetInstance()->ReadMEPSerieRecordGuidListOfSystemType(
+        m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath, std::move(systemTypeIds), result);
 }
 
 } // namespace tolm

@@ -1,5 +1,7 @@
 #include "MepDataSetInterface/TolmProject.h"
+#include "Host/Definitions.h"
 #include "MepDataSetInterface/AvailableLater.h"
+#include "MepDatabase/MepQbaseUtil.h"
 #include "Vorn/DebugMessage.h"
 
 #include <utility>
@@ -76,9 +78,9 @@ bool TolmDataset::RemoveCombinedComponents(wstring, wstring, std::vector<wstring
     return false;
 }
 
-bool TolmDataset::ReplaceFittingComponentId(std::map<wstring, wstring>) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmDataset::ReplaceFittingComponentId(std::map<wstring, wstring> idMap) {
+    return MepQbaseUtil::GetInstance()->ReplaceFittingComponentId(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                                  std::move(idMap));
 }
 
 } // namespace tolm

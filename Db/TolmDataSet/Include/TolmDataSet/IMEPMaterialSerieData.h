@@ -34,8 +34,8 @@ public:
     /// An empty owner is a debug warning and no change.
     virtual void AddSerieGroup(vorn::OwnerPtr<IProjectSettingMEPMaterialSerieGroup> pGroup) = 0;
     /// Deletes the groups in the store. From the list goes, for each input position, the table's own entry at that
-    /// position, whichever group the input names: list and store agree again after the next collection. The input
-    /// must not be longer than the list.
+    /// position, whichever group the input names: list and store agree again after the next collection. A null
+    /// pointer, and a position where the list has no entry, is a debug warning.
     virtual void DeleteSerieGroupList(std::vector<const IProjectSettingMEPMaterialSerieGroup*> groupList) = 0;
     /// True when a record of the store refers to the series; its name goes to `referencingName`. The spelling is kept
     /// for the hosts that call it.
