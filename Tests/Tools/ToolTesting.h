@@ -86,9 +86,12 @@ protected:
         {"ID": "m1", "text": "Galvanised steel", "groupName": "MaterialSeries", "parentID": "", "CreateTime": 1,
          "content": {}}]}})";
 
+    /// What the service holds at first.
+    virtual const char* Tables() const { return kTables; }
+
     void SetUp() override {
         setenv("TOLM_SECRET", "anna's secret", 1);
-        m_service.FillTables("tower", kTables);
+        m_service.FillTables("tower", Tables());
         const auto run = Tolm({"new", m_dataset, "--server", vorn::StringUtil::ToString(m_service.Address()),
                                "--project", "tower", "--user", "anna", "--work-unit", "w1"});
         ASSERT_EQ(run.code, tolmcli::Done) << run.err;

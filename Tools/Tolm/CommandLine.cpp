@@ -40,7 +40,8 @@ void AddWhat(CLI::App& app, Options& options, const std::vector<std::string>& ch
 }
 
 void AddKind(CLI::App& app, Options& options) {
-    app.add_option("--kind", options.kind, "plumbing-pipe, hvac-pipe, duct, cable-tray, conduit or wire");
+    app.add_option("--kind", options.kind,
+                   "plumbing-pipe, hvac-pipe, duct, cable-tray, conduit, wire, or electrical for systems");
 }
 
 void AddNames(CLI::App& app, Options& options, int count) {
@@ -68,14 +69,25 @@ void AddPullOptions(CLI::App& app, Options& options) {
 }
 
 void AddListOptions(CLI::App& app, Options& options) {
-    AddWhat(app, options, {"materials", "sizes"});
+    AddWhat(app, options, ListableWords());
     AddKind(app, options);
 }
 
 void AddShowOptions(CLI::App& app, Options& options) {
-    AddWhat(app, options, {"material", "size"});
+    AddWhat(app, options, ShowableWords());
     AddNames(app, options, 1);
     AddKind(app, options);
+}
+
+void AddUsedByOptions(CLI::App& app, Options& options) {
+    AddWhat(app, options, {"size", "series"});
+    AddNames(app, options, 1);
+    AddKind(app, options);
+}
+
+void AddAvailableOptions(CLI::App& app, Options& options) {
+    AddKind(app, options);
+    app.get_option("--kind")->required();
 }
 
 void AddAddOptions(CLI::App& app, Options& options) {
@@ -87,7 +99,9 @@ void AddAddOptions(CLI::App& app, Options& options) {
 }
 
 void AddEditOptions(CLI::App& app, Options& options) {
-    AddShowOptions(app, options);
+    AddWhat(app, options, {"material", "size"});
+    AddNames(app, options, 1);
+    AddKind(app, options);
     AddRecordOptions(app, options);
     app.add_option("--remove-row", options.removeRows, "Number of a row to remove, from 1; may be repeated")
         ->allow_extra_args(false);
@@ -111,9 +125,15 @@ constexpr Command kCommands[] = {
     {"info", "Show where a dataset stands", "tolm info office.db", RunInfo, AddNothing},
     {"compare", "Compare the dataset's version with the cloud's", "tolm compare office.db", RunCompare, AddNothing},
     {"pull", "Bring the dataset up to the cloud's version", "tolm pull office.db", RunPull, AddPullOptions},
-    {"list", "List materials or size tables", "tolm list office.db sizes --kind plumbing-pipe", RunList,
-     AddListOptions},
-    {"show", "Show one material or size table", "tolm show office.db size \"Copper tube\"", RunShow, AddShowOptions},
+    {"list", "List materials, sizes, series, groups, systems or connections",
+     "tolm list office.db sizes --kind plumbing-pipe", RunList, AddListOptions},
+    {"show", "Show one record with all that it holds",
+     "tolm show office.db size \"Copper tube\"\n  tolm show office.db series \"Copper, pressed\"", RunShow,
+     AddShowOptions},
+    {"available", "Show what a designer may choose from", "tolm available office.db --kind plumbing-pipe", RunAvailable,
+     AddAvailableOptions},
+    {"used-by", "Tell who refers to a size table or a series", "tolm used-by office.db size \"Copper tube\"", RunUsedBy,
+     AddUsedByOptions},
     {"changes", "Show the local changes that the cloud has not seen", "tolm changes office.db", RunChanges, AddNothing},
     {"add", "Add a material or a size table",
      "tolm add office.db material --kind plumbing-pipe --name \"Stainless steel\"\n"

@@ -26,11 +26,6 @@ using vorn::StringUtil;
 using MaterialPtr = vorn::OwnerPtr<IProjectSettingMaterial>;
 using SizeModulePtr = vorn::OwnerPtr<IProjectSettingSizeModule>;
 
-/// The getters lend tables as constant; an edit is the host's to make.
-template <class Table> Table& Editable(const Table* table) {
-    return *const_cast<Table*>(table);
-}
-
 __int64 Milliseconds() {
     return std::chrono::duration_cast<std::chrono::milliseconds>(vorn::Clock::Now().time_since_epoch()).count();
 }
@@ -195,13 +190,13 @@ template <class Record> bool Stands(const std::vector<const Record*>& records, c
 
 void StoreMaterial(Workplace& place, const IProjectSettingMaterial& material) {
     CheckNameIsFree(CollectMaterials(place, WordOf(material)), material);
-    Editable(place.Dataset().GetMaterialData()).AddMaterialToDB(&material);
+    tolm::EditTable(place.Dataset().GetMaterialData())->AddMaterialToDB(&material);
     Confirm(place, Stands(CollectMaterials(place, WordOf(material)), material.GetId()), true);
 }
 
 void StoreSizes(Workplace& place, const IProjectSettingSizeModule& module) {
     CheckNameIsFree(CollectSizes(place, WordOf(module)), module);
-    Editable(place.Dataset().GetSizeModuleData()).AddSizeModuleToDB(&module);
+    tolm::EditTable(place.Dataset().GetSizeModuleData())->AddSizeModuleToDB(&module);
     Confirm(place, Stands(CollectSizes(place, WordOf(module)), module.GetId()), true);
 }
 
@@ -243,7 +238,7 @@ void DeleteMaterials(Workplace& place, const Options& options) {
         const MaterialPtr material = EditableCopy(FindOne(CollectMaterials(place, options.kind), name, "material"));
         if (!options.force)
             RefuseIfUsed("material", name, UserOf(place, *material));
-        Editable(place.Dataset().GetMaterialData()).DeleteMaterialList({material.get()});
+        tolm::EditTable(place.Dataset().GetMaterialData())->DeleteMaterialList({material.get()});
         Confirm(place, Stands(CollectMaterials(place, options.kind), material->GetId()), false);
     }
 }
@@ -253,7 +248,7 @@ void DeleteSizes(Workplace& place, const Options& options) {
         const SizeModulePtr module = EditableCopy(FindOne(CollectSizes(place, options.kind), name, "size table"));
         if (!options.force)
             RefuseIfUsed("size table", name, UserOf(place, *module));
-        Editable(place.Dataset().GetSizeModuleData()).DeleteSizeModuleList({module.get()});
+        tolm::EditTable(place.Dataset().GetSizeModuleData())->DeleteSizeModuleList({module.get()});
         Confirm(place, Stands(CollectSizes(place, options.kind), module->GetId()), false);
     }
 }
@@ -276,6 +271,8 @@ void RunAdd(const Options& options, Context& context) {
         StoreMaterial(place, *material);
         Report(context, "Added", *material);
     } else {
+        if (!kind.sizes)
+            throw Failure("there are no size tables of kind " + options.kind, Misused);
         const SizeModulePtr module = tolm::ITolmDataSetFactory::Get()->CreateSizeModule();
         module->SetMEPType(kind.type);
         module->SetDisciplineId(kind.discipline);

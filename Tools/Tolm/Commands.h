@@ -51,11 +51,17 @@ void RunCompare(const Options& options, Context& context);
 void RunPull(const Options& options, Context& context);
 void RunList(const Options& options, Context& context);
 void RunShow(const Options& options, Context& context);
+void RunUsedBy(const Options& options, Context& context);
+void RunAvailable(const Options& options, Context& context);
 void RunChanges(const Options& options, Context& context);
 void RunAdd(const Options& options, Context& context);
 void RunEdit(const Options& options, Context& context);
 void RunDelete(const Options& options, Context& context);
 void RunImportComponents(const Options& options, Context& context);
+
+/// What `list` and `show` take.
+std::vector<std::string> ListableWords();
+std::vector<std::string> ShowableWords();
 
 /// Runs the command that the arguments name and returns its exit code.
 int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err);

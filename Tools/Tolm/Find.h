@@ -12,8 +12,12 @@ namespace tolmcli {
 
 /// All materials, or those of one kind, read anew. The records live until the next collection.
 std::vector<const tolm::IProjectSettingMaterial*> CollectMaterials(Workplace& place, const std::string& kind);
-/// The same for size tables.
+/// The same for size tables, series, groups, system types and connection series.
 std::vector<const tolm::IProjectSettingSizeModule*> CollectSizes(Workplace& place, const std::string& kind);
+std::vector<const tolm::IProjectSettingMEPMaterialSerie*> CollectSeries(Workplace& place, const std::string& kind);
+std::vector<const tolm::IProjectSettingMEPMaterialSerieGroup*> CollectGroups(Workplace& place, const std::string& kind);
+std::vector<const tolm::IProjectSettingSystemType*> CollectSystems(Workplace& place, const std::string& kind);
+std::vector<const tolm::IProjectSettingConnectionSerie*> CollectConnections(Workplace& place, const std::string& kind);
 
 /// The record of this id, or the only one of this name. Throws Failure when there is none or more than one.
 template <class Record>

@@ -14,13 +14,18 @@ using TableId = tolm::TolmProjectSettingTableId;
 const std::vector<Kind>& AllKinds() {
     static const std::vector<Kind> kinds{
         {"plumbing-pipe", Type::Pipe, MEPDisciplineId::Plumbing, TableId::PlumbingPipeSizes,
-         TableId::PlumbingPipeMaterials},
-        {"hvac-pipe", Type::Pipe, MEPDisciplineId::HVAC, TableId::HVACPipeSizes, TableId::HVACPipeMaterials},
-        {"duct", Type::Duct, MEPDisciplineId::HVAC, TableId::DuctSizes, TableId::DuctMaterials},
+         TableId::PlumbingPipeMaterials, TableId::PlumbingPipeSeries, TableId::PlumbingPipeSystemTypes},
+        {"hvac-pipe", Type::Pipe, MEPDisciplineId::HVAC, TableId::HVACPipeSizes, TableId::HVACPipeMaterials,
+         TableId::HVACPipeSeries, TableId::HVACPipeSystemTypes},
+        {"duct", Type::Duct, MEPDisciplineId::HVAC, TableId::DuctSizes, TableId::DuctMaterials, TableId::DuctSeries,
+         TableId::DuctSystemTypes},
         {"cable-tray", Type::CableTray, MEPDisciplineId::Electrical, TableId::CableTraySizes,
-         TableId::CableTrayMaterials},
-        {"conduit", Type::Conduit, MEPDisciplineId::Electrical, TableId::ConduitSizes, TableId::ConduitMaterials},
-        {"wire", Type::Wire, MEPDisciplineId::Electrical, TableId::WireSizes, std::nullopt},
+         TableId::CableTrayMaterials, TableId::CableTraySeries, std::nullopt},
+        {"conduit", Type::Conduit, MEPDisciplineId::Electrical, TableId::ConduitSizes, TableId::ConduitMaterials,
+         TableId::ConduitSeries, std::nullopt},
+        {"wire", Type::Wire, MEPDisciplineId::Electrical, TableId::WireSizes, std::nullopt, std::nullopt, std::nullopt},
+        {"electrical", Type::ElectricalSystem, MEPDisciplineId::Electrical, std::nullopt, std::nullopt, std::nullopt,
+         TableId::ElectricalSystemTypes},
     };
     return kinds;
 }

@@ -15,6 +15,8 @@ struct Kind {
     tolm::MEPDisciplineId discipline;
     std::optional<tolm::TolmProjectSettingTableId> sizes;
     std::optional<tolm::TolmProjectSettingTableId> materials;
+    std::optional<tolm::TolmProjectSettingTableId> series; ///< with their groups
+    std::optional<tolm::TolmProjectSettingTableId> systems;
 };
 
 /// All kinds, in the order in which they are listed.

@@ -45,13 +45,6 @@ void PrintCell(std::ostream& out, const std::wstring& text, std::size_t width, b
         out << "  ";
 }
 
-/// Control characters would let a name rewrite the terminal; each becomes U+FFFD.
-std::wstring WithoutControls(std::wstring text) {
-    std::replace_if(
-        text.begin(), text.end(), [](wchar_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }, L'\xFFFD');
-    return text;
-}
-
 } // namespace
 
 std::size_t DisplayWidth(const std::wstring& text) {
@@ -59,6 +52,12 @@ std::size_t DisplayWidth(const std::wstring& text) {
     for (const wchar_t character : text)
         width += IsWide(character) ? 2 : 1;
     return width;
+}
+
+std::wstring WithoutControls(std::wstring text) {
+    std::replace_if(
+        text.begin(), text.end(), [](wchar_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }, L'\xFFFD');
+    return text;
 }
 
 void TextTable::Add(std::vector<std::wstring> row) {

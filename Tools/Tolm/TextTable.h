@@ -9,6 +9,9 @@ namespace tolmcli {
 /// Columns that a terminal shows the text in; East Asian wide characters take two.
 std::size_t DisplayWidth(const std::wstring& text);
 
+/// Control characters would let a name rewrite the terminal: each becomes U+FFFD.
+std::wstring WithoutControls(std::wstring text);
+
 /// A table with aligned columns. Columns that hold only numbers are aligned to the right.
 class TextTable {
 public:
