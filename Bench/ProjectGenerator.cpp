@@ -30,8 +30,9 @@ std::vector<std::size_t> CountsFor(std::size_t rows) {
     constexpr std::size_t remainderGoesTo = 2;
     std::vector<std::size_t> counts;
     std::size_t given = 0;
+    const std::size_t sum = std::max<std::size_t>(SumOfShares(), 1);
     for (const auto& kind : RowKinds()) {
-        counts.push_back(rows * kind.share / SumOfShares());
+        counts.push_back(rows * kind.share / sum);
         given += counts.back();
     }
     counts[remainderGoesTo] += rows - given;
