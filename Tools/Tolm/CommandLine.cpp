@@ -109,7 +109,7 @@ void AddEditOptions(CLI::App& app, Options& options) {
 }
 
 void AddDeleteOptions(CLI::App& app, Options& options) {
-    AddWhat(app, options, {"material", "size"});
+    AddWhat(app, options, DeletableWords());
     AddNames(app, options, -1);
     AddKind(app, options);
     app.add_flag("--force", options.force, "Delete also what is in use");
@@ -142,7 +142,10 @@ constexpr Command kCommands[] = {
      RunAdd, AddAddOptions},
     {"edit", "Change a material or a size table",
      "tolm edit office.db size \"Stainless DN15-20\" --remove-row 1 --row 25,28,25.6,1.2", RunEdit, AddEditOptions},
-    {"delete", "Delete materials or size tables that nothing uses", "tolm delete office.db size \"Stainless DN15-20\"",
+    {"delete", "Delete materials, size tables, series or groups that nothing uses, or system types",
+     "tolm delete office.db size \"Stainless DN15-20\"\n"
+     "  tolm delete office.db series \"Copper, pressed\" \"Copper, soldered\"\n"
+     "  tolm delete office.db group \"Cold water\" --force",
      RunDelete, AddDeleteOptions},
     {"import-components", "Fill the dataset's component database from a file",
      "tolm import-components office.db components.json", RunImportComponents, AddImportOptions},

@@ -59,9 +59,10 @@ void RunEdit(const Options& options, Context& context);
 void RunDelete(const Options& options, Context& context);
 void RunImportComponents(const Options& options, Context& context);
 
-/// What `list` and `show` take.
+/// What `list`, `show` and `delete` take.
 std::vector<std::string> ListableWords();
 std::vector<std::string> ShowableWords();
+std::vector<std::string> DeletableWords();
 
 /// Runs the command that the arguments name and returns its exit code.
 int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err);
