@@ -134,6 +134,13 @@ constexpr Command kCommands[] = {
      AddAvailableOptions},
     {"used-by", "Tell who refers to a size table or a series", "tolm used-by office.db size \"Copper tube\"", RunUsedBy,
      AddUsedByOptions},
+    {"doctor",
+     "Look a dataset through for damage, without changing it: that every record of the dataset and of its noted "
+     "changes "
+     "can be read (the store has no check of the whole file, so all of them are read), references to what is gone, "
+     "packed lists of a wrong length, names that stand twice, and noted changes of what is gone. Exit code 0 when the "
+     "dataset is healthy, 1 with findings.",
+     "tolm doctor office.db\n  tolm doctor office.db --json", RunDoctor, AddNothing},
     {"changes", "Show the local changes that the cloud has not seen", "tolm changes office.db", RunChanges, AddNothing},
     {"add", "Add a material or a size table",
      "tolm add office.db material --kind plumbing-pipe --name \"Stainless steel\"\n"
@@ -186,7 +193,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     }
     try {
         app.parse(argc, argv);
-        return Done;
+        return context.exitCode;
     } catch (const CLI::ParseError& error) {
         return app.exit(error, out, err) == 0 ? Done : Misused;
     } catch (const Failure& failure) {
