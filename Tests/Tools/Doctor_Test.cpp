@@ -84,11 +84,61 @@ protected:
     /// The dataset has exactly these findings.
     void ExpectFound(const std::vector<std::string>& findings) { EXPECT_EQ(Found(), findings); }
 
+    /// Page at which a table or an index begins.
+    int RootPageOf(const std::string& tree) const {
+        sqlite3* database = nullptr;
+        sqlite3_stmt* statement = nullptr;
+        int page = 0;
+        const std::string sql = "select rootpage from sqlite_master where name = '" + tree + "'";
+        if (sqlite3_open(m_dataset.c_str(), &database) == SQLITE_OK &&
+            sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK &&
+            sqlite3_step(statement) == SQLITE_ROW)
+            page = sqlite3_column_int(statement, 0);
+        sqlite3_finalize(statement);
+        sqlite3_close(database);
+        EXPECT_GT(page, 1) << tree;
+        return page;
+    }
+
+    void Damage(int page) const {
+        std::fstream file(m_dataset, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp((page - 1) * 4096);
+        file << std::string(4096, '\x5a');
+        EXPECT_TRUE(file.flush().good());
+    }
+
     std::wstring m_path = m_folder.File(L"office.db");
     std::wstring m_statusPath = m_folder.File(L"office_Status.db");
 };
 
 class DoctorOfAPulledTree : public PulledTree {};
+
+/// The sample project without its binary files, which do not stand in the dataset.
+class DoctorOfTheSampleProject : public ConnectedTool {
+protected:
+    static std::string Sample(const char* name) { return std::string(TOLM_SOURCE_DIR "/Data/OfficeTower/") + name; }
+    static nlohmann::json JsonOf(const char* name) {
+        return nlohmann::json::parse(BytesOf(vorn::StringUtil::ToWString(Sample(name))));
+    }
+    static std::string ChangeOf(const char* name) {
+        auto json = JsonOf(name);
+        json.at("add").erase("BinaryTable");
+        return json.dump();
+    }
+    const char* Tables() const override {
+        static const std::string tables = [] {
+            auto json = JsonOf("project.json").at("tables");
+            json.erase("BinaryTable");
+            return json.dump();
+        }();
+        return tables.c_str();
+    }
+
+    void SetUp() override {
+        ConnectedTool::SetUp();
+        ASSERT_EQ(On("import-components", {Sample("components.json")}).code, Done);
+    }
+};
 
 } // namespace
 
@@ -113,6 +163,17 @@ TEST_F(DoctorOfAPulledTree, IsHealthyUntilWhatIsInUseGoesByForce) {
     EXPECT_EQ(FoundBy(On("doctor", {"--json"})),
               (std::vector<std::string>{"references|size table|s2|material m1 is not there",
                                         "references|system type|y1|series p1 is not there"}));
+}
+
+TEST_F(DoctorOfTheSampleProject, IsHealthyAtEveryVersion) {
+    ASSERT_EQ(On("pull").code, Done);
+    EXPECT_EQ(On("doctor").out, "healthy\n");
+    for (const char* change : {"change-1.json", "change-2.json"}) {
+        m_service.Apply("tower", ChangeOf(change));
+        const auto run = On("pull");
+        ASSERT_EQ(run.code, Done) << run.err;
+        EXPECT_EQ(On("doctor").out, "healthy\n") << change;
+    }
 }
 
 TEST_F(Doctor, FindingsAreGroupedAndCounted) {
@@ -196,13 +257,20 @@ TEST_F(Doctor, ANameCountsWithinClassAndKind) {
     }
 }
 
-TEST_F(Doctor, CableTablesAndConnectionSeriesMayShareAName) {
+TEST_F(Doctor, CableTablesDuctMaterialsAndConnectionSeriesMayShareAName) {
     const auto wire = static_cast<short>(tolm::TolmProjectSettingMEPObjectType::Wire);
+    const auto duct = static_cast<short>(tolm::TolmProjectSettingMEPObjectType::Duct);
     for (const wchar_t* id : {L"1", L"2"}) {
         ASSERT_TRUE(Store("PSI", id, Text(1601, L"YJV"), wire, 3));
+        ASSERT_TRUE(Store("MTS", id, Text(1601, L"Sheet steel"), duct, 1));
         ASSERT_TRUE(Store("COS", id, Text(1601, L"2")));
     }
     ExpectFound({});
+    for (const wchar_t* id : {L"3", L"4"}) {
+        ASSERT_TRUE(Store("PSI", id, Text(1601, L"Duct"), duct, 1));
+        ASSERT_TRUE(Store("MTS", id, Text(1601, L"YJV"), wire, 3));
+    }
+    ExpectFound({"names|material|4|has the name of 3", "names|size table|4|has the name of 3"});
 }
 
 TEST_F(Doctor, AListOfOddLengthOrWithTooManyEntriesIsFound) {
@@ -283,18 +351,35 @@ TEST_F(Doctor, AFileThatIsNoStoreIsFound) {
 }
 
 TEST_F(Doctor, ADamagedPageIsFoundAndNothingIsCalledGoneForIt) {
-    const std::wstring text(3000, L'x');
-    for (int i = 0; i < 40; ++i)
-        ASSERT_TRUE(Store("BMD", std::to_wstring(i).c_str(), Text(1501, text.c_str())));
-    const auto size = BytesOf(m_path).size();
-    std::fstream file(m_dataset, std::ios::in | std::ios::out | std::ios::binary);
-    file.seekp(static_cast<std::streamoff>(size - 4096 * 5));
-    file << std::string(4096 * 3, '\x5a');
-    file.close();
+    for (const char* tree : {"MTS", "sqlite_autoindex_MTS_1"}) {
+        SCOPED_TRACE(tree);
+        ASSERT_TRUE(CQbase::removeStore(m_path));
+        ASSERT_TRUE(Store("PSI", L"s1", Text(1504, L"gone")));
+        for (int i = 0; i < 40; ++i)
+            ASSERT_TRUE(Store("MTS", std::to_wstring(i).c_str(), Text(1601, std::to_wstring(i).c_str())));
+        Damage(RootPageOf(tree));
+        const auto found = Found();
+        ASSERT_EQ(found.size(), 1U);
+        EXPECT_TRUE(Contains(found.front(), "files|material|")) << found.front();
+        EXPECT_TRUE(Contains(found.front(), "the dataset cannot be read any further: ")) << found.front();
+    }
+}
+
+TEST_F(Doctor, ARecordThatIsNotFoundByItsIdIsFound) {
+    for (const wchar_t* id : {L"a", L"b", L"c"})
+        ASSERT_TRUE(Store("MTS", id, Nothing()));
+    // The index takes over the root of another one, which is empty.
+    const auto other = std::to_string(RootPageOf("sqlite_autoindex_PSI_1"));
+    ASSERT_TRUE(RunSql(m_path, ("pragma writable_schema=1; update sqlite_master set rootpage = " + other +
+                                " where name = 'sqlite_autoindex_MTS_1'; delete from sqlite_master where name like "
+                                "'%PSI%'")
+                                   .c_str()));
     const auto found = Found();
-    ASSERT_FALSE(found.empty());
-    for (const auto& finding : found)
-        EXPECT_TRUE(Contains(finding, "cannot be") || Contains(finding, "does not read")) << finding;
+    for (const char* id : {"a", "b", "c"})
+        EXPECT_EQ(std::count(found.begin(), found.end(),
+                             std::string("records|material|") + id + "|is not found by its id in the dataset"),
+                  1)
+            << id;
 }
 
 TEST_F(Doctor, ALockedDatasetIsNotCalledHealthy) {

@@ -134,13 +134,15 @@ constexpr Command kCommands[] = {
      AddAvailableOptions},
     {"used-by", "Tell who refers to a size table or a series", "tolm used-by office.db size \"Copper tube\"", RunUsedBy,
      AddUsedByOptions},
-    {"doctor",
-     "Look a dataset through for damage, without changing it: that every record of the dataset and of its noted "
-     "changes "
-     "can be read (the store has no check of the whole file, so all of them are read), references to what is gone, "
-     "packed lists of a wrong length, names that stand twice, and noted changes of what is gone. Exit code 0 when the "
-     "dataset is healthy, 1 with findings.",
-     "tolm doctor office.db\n  tolm doctor office.db --json", RunDoctor, AddNothing},
+    {"doctor", "Look a dataset through for damage without changing it",
+     "tolm doctor office.db\n  tolm doctor office.db --json\n\n"
+     "Looked for: files that do not open, records that do not read or are not found by their id, references to what "
+     "is\n"
+     "gone, packed lists of a wrong length, names that stand twice, and noted changes of what is gone. The store has "
+     "no\n"
+     "check of a whole file: every attribute of every record is read instead, and what stands between the records\n"
+     "(indexes over other attributes, free pages) is not looked at. Exit code 0 when healthy, 1 with findings.",
+     RunDoctor, AddNothing},
     {"changes", "Show the local changes that the cloud has not seen", "tolm changes office.db", RunChanges, AddNothing},
     {"add", "Add a material or a size table",
      "tolm add office.db material --kind plumbing-pipe --name \"Stainless steel\"\n"

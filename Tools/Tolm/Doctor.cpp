@@ -93,11 +93,25 @@ void CheckReferences(const StoreContents& contents, std::vector<Finding>& findin
     }
 }
 
-/// What travels to the cloud as the name of a cable table is its type name, so its own may stand twice.
+/// Records of one object type that may share a name with others of it.
+struct SharedNames {
+    const char* classCode;
+    tolm::TolmProjectSettingMEPObjectType type;
+};
+
+/// What travels to the cloud as the name of a cable table is its type name. The material of a duct table travels as
+/// text within the table, so that each table has one of its own.
+constexpr std::array kSharedNames{
+    SharedNames{"PSI", tolm::TolmProjectSettingMEPObjectType::Wire},
+    SharedNames{"MTS", tolm::TolmProjectSettingMEPObjectType::Duct},
+};
+
 bool MayShareItsName(const std::string& classCode, const StoredRecord& record) {
-    return record.Text(kNameAttribute).empty() ||
-           (classCode == "PSI" &&
-            record.Number(kMEPType) == static_cast<long>(tolm::TolmProjectSettingMEPObjectType::Wire));
+    if (record.Text(kNameAttribute).empty())
+        return true;
+    return std::any_of(kSharedNames.begin(), kSharedNames.end(), [&](const SharedNames& shared) {
+        return classCode == shared.classCode && record.Number(kMEPType) == static_cast<long>(shared.type);
+    });
 }
 
 void CheckNames(const StoreContents& contents, std::vector<Finding>& findings) {

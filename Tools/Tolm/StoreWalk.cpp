@@ -196,10 +196,23 @@ public:
             records.push_back(std::move(record));
         }
         const short error = m_store.getLastError();
-        return Is(error, QbaseError::NotFound) || BreakOff(storeClass, L"", error);
+        return Is(error, QbaseError::NotFound) ? FindById(storeClass, records) : BreakOff(storeClass, L"", error);
     }
 
 private:
+    /// Who refers to a record looks it up by its id, which goes by an index and not by the walk.
+    bool FindById(const StoreClass& storeClass, const std::vector<StoredRecord>& records) {
+        for (const StoredRecord& record : records) {
+            if (m_store.existRec(storeClass.code.c_str(), record.id))
+                continue;
+            const short error = m_store.getLastError();
+            if (!Is(error, QbaseError::NotFound))
+                return BreakOff(storeClass, record.id, error);
+            Tell(FindingGroup::Record, storeClass, record, L"is not found by its id in the " + m_what);
+        }
+        return true;
+    }
+
     bool Read(const StoreClass& storeClass, StoredRecord& record) {
         for (const Attribute& attribute : storeClass.attributes) {
             StoredValue value;
