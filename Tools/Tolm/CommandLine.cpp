@@ -109,7 +109,7 @@ void AddEditOptions(CLI::App& app, Options& options) {
 }
 
 void AddDeleteOptions(CLI::App& app, Options& options) {
-    AddWhat(app, options, {"material", "size"});
+    AddWhat(app, options, DeletableWords());
     AddNames(app, options, -1);
     AddKind(app, options);
     app.add_flag("--force", options.force, "Delete also what is in use");
@@ -134,6 +134,15 @@ constexpr Command kCommands[] = {
      AddAvailableOptions},
     {"used-by", "Tell who refers to a size table or a series", "tolm used-by office.db size \"Copper tube\"", RunUsedBy,
      AddUsedByOptions},
+    {"doctor", "Look a dataset through for damage without changing it",
+     "tolm doctor office.db\n  tolm doctor office.db --json\n\n"
+     "Looked for: files that do not open, records that do not read or are not found by their id, references to what "
+     "is\n"
+     "gone, packed lists of a wrong length, names that stand twice, and noted changes of what is gone. The store has "
+     "no\n"
+     "check of a whole file: every attribute of every record is read instead, and what stands between the records\n"
+     "(indexes over other attributes, free pages) is not looked at. Exit code 0 when healthy, 1 with findings.",
+     RunDoctor, AddNothing},
     {"changes", "Show the local changes that the cloud has not seen", "tolm changes office.db", RunChanges, AddNothing},
     {"add", "Add a material or a size table",
      "tolm add office.db material --kind plumbing-pipe --name \"Stainless steel\"\n"
@@ -142,7 +151,10 @@ constexpr Command kCommands[] = {
      RunAdd, AddAddOptions},
     {"edit", "Change a material or a size table",
      "tolm edit office.db size \"Stainless DN15-20\" --remove-row 1 --row 25,28,25.6,1.2", RunEdit, AddEditOptions},
-    {"delete", "Delete materials or size tables that nothing uses", "tolm delete office.db size \"Stainless DN15-20\"",
+    {"delete", "Delete materials, size tables, series or groups that nothing uses, or system types",
+     "tolm delete office.db size \"Stainless DN15-20\"\n"
+     "  tolm delete office.db series \"Copper, pressed\" \"Copper, soldered\"\n"
+     "  tolm delete office.db group \"Cold water\" --force",
      RunDelete, AddDeleteOptions},
     {"import-components", "Fill the dataset's component database from a file",
      "tolm import-components office.db components.json", RunImportComponents, AddImportOptions},
@@ -183,7 +195,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     }
     try {
         app.parse(argc, argv);
-        return Done;
+        return context.exitCode;
     } catch (const CLI::ParseError& error) {
         return app.exit(error, out, err) == 0 ? Done : Misused;
     } catch (const Failure& failure) {

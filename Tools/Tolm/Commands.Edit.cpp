@@ -177,27 +177,16 @@ void FillFromOptions(Workplace& place, IProjectSettingSizeModule& module, const 
     SetMaterial(place, module, options);
 }
 
-/// The edit went through the facade, which does not tell of a failure: reads it back.
-void Confirm(Workplace& place, bool stands, bool wanted) {
-    place.FailOnFaults("the change was not stored");
-    if (stands != wanted)
-        throw Failure("the change was not stored: the dataset could not be opened for writing");
-}
-
-template <class Record> bool Stands(const std::vector<const Record*>& records, const std::wstring& id) {
-    return std::any_of(records.begin(), records.end(), [&](const Record* record) { return record->GetId() == id; });
-}
-
 void StoreMaterial(Workplace& place, const IProjectSettingMaterial& material) {
     CheckNameIsFree(CollectMaterials(place, WordOf(material)), material);
     tolm::EditTable(place.Dataset().GetMaterialData())->AddMaterialToDB(&material);
-    Confirm(place, Stands(CollectMaterials(place, WordOf(material)), material.GetId()), true);
+    place.FailUnlessStored(Stands(CollectMaterials(place, WordOf(material)), material.GetId()));
 }
 
 void StoreSizes(Workplace& place, const IProjectSettingSizeModule& module) {
     CheckNameIsFree(CollectSizes(place, WordOf(module)), module);
     tolm::EditTable(place.Dataset().GetSizeModuleData())->AddSizeModuleToDB(&module);
-    Confirm(place, Stands(CollectSizes(place, WordOf(module)), module.GetId()), true);
+    place.FailUnlessStored(Stands(CollectSizes(place, WordOf(module)), module.GetId()));
 }
 
 template <class Record> void Report(Context& context, const char* done, const Record& record) {
@@ -206,51 +195,6 @@ template <class Record> void Report(Context& context, const char* done, const Re
     else
         context.out << done << ' ' << StringUtil::ToString(record.GetName()) << "  ("
                     << StringUtil::ToString(record.GetId()) << ")\n";
-}
-
-/// Name of a size table that uses the material; empty when none does.
-std::string UserOf(Workplace& place, const IProjectSettingMaterial& material) {
-    const std::wstring id = material.GetId();
-    for (const auto* module : CollectSizes(place, "")) {
-        if (module->GetMaterial() != nullptr && module->GetMaterial()->GetId() == id)
-            return StringUtil::ToString(module->GetName());
-    }
-    return {};
-}
-
-/// The dataset says no as well where it cannot look.
-std::string UserOf(Workplace& place, const IProjectSettingSizeModule& module) {
-    place.FailUnlessChangeable("could not look whether size table " + StringUtil::ToString(module.GetName()) +
-                               " is used");
-    std::wstring user;
-    if (!place.Dataset().GetSizeModuleData()->IsTheSizeModuleReferred(&module, user))
-        return {};
-    return user.empty() ? "a record without a name" : StringUtil::ToString(user);
-}
-
-void RefuseIfUsed(const std::string& what, const std::string& name, const std::string& user) {
-    if (!user.empty())
-        throw Failure(what + " " + name + " is used by " + user + " (--force deletes it all the same)", Refused);
-}
-
-void DeleteMaterials(Workplace& place, const Options& options) {
-    for (const auto& name : options.names) {
-        const MaterialPtr material = EditableCopy(FindOne(CollectMaterials(place, options.kind), name, "material"));
-        if (!options.force)
-            RefuseIfUsed("material", name, UserOf(place, *material));
-        tolm::EditTable(place.Dataset().GetMaterialData())->DeleteMaterialList({material.get()});
-        Confirm(place, Stands(CollectMaterials(place, options.kind), material->GetId()), false);
-    }
-}
-
-void DeleteSizes(Workplace& place, const Options& options) {
-    for (const auto& name : options.names) {
-        const SizeModulePtr module = EditableCopy(FindOne(CollectSizes(place, options.kind), name, "size table"));
-        if (!options.force)
-            RefuseIfUsed("size table", name, UserOf(place, *module));
-        tolm::EditTable(place.Dataset().GetSizeModuleData())->DeleteSizeModuleList({module.get()});
-        Confirm(place, Stands(CollectSizes(place, options.kind), module->GetId()), false);
-    }
 }
 
 } // namespace
@@ -300,13 +244,6 @@ void RunEdit(const Options& options, Context& context) {
         StoreSizes(place, *module);
         Report(context, "Changed", *module);
     }
-}
-
-void RunDelete(const Options& options, Context& context) {
-    Workplace place(StringUtil::ToWString(options.dataset));
-    options.what == "material" ? DeleteMaterials(place, options) : DeleteSizes(place, options);
-    for (const auto& name : options.names)
-        context.out << "Deleted " << name << '\n';
 }
 
 } // namespace tolmcli

@@ -11,6 +11,7 @@ namespace tolmcli {
 struct Context {
     std::ostream& out; ///< results
     bool json = false; ///< results as JSON
+    int exitCode = 0;  ///< for a command that did its work and has to say more than done
 };
 
 /// The options of a command as the user gave them; each command reads those that it has.
@@ -53,15 +54,17 @@ void RunList(const Options& options, Context& context);
 void RunShow(const Options& options, Context& context);
 void RunUsedBy(const Options& options, Context& context);
 void RunAvailable(const Options& options, Context& context);
+void RunDoctor(const Options& options, Context& context);
 void RunChanges(const Options& options, Context& context);
 void RunAdd(const Options& options, Context& context);
 void RunEdit(const Options& options, Context& context);
 void RunDelete(const Options& options, Context& context);
 void RunImportComponents(const Options& options, Context& context);
 
-/// What `list` and `show` take.
+/// What `list`, `show` and `delete` take.
 std::vector<std::string> ListableWords();
 std::vector<std::string> ShowableWords();
+std::vector<std::string> DeletableWords();
 
 /// Runs the command that the arguments name and returns its exit code.
 int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err);

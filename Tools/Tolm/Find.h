@@ -5,6 +5,7 @@
 
 #include "Vorn/Text.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,11 @@ const Record& FindOne(const std::vector<const Record*>& records, const std::stri
     if (found == nullptr)
         throw Failure("there is no " + what + " " + idOrName);
     return *found;
+}
+
+/// True when one of the records has the id.
+template <class Record> bool Stands(const std::vector<const Record*>& records, const std::wstring& id) {
+    return std::any_of(records.begin(), records.end(), [&](const Record* record) { return record->GetId() == id; });
 }
 
 } // namespace tolmcli

@@ -84,6 +84,12 @@ void Workplace::FailUnlessChangeable(const std::string& what) const {
         throw Failure(what + " (error " + std::to_string(store.getLastError()) + ")");
 }
 
+void Workplace::FailUnlessStored(bool asWanted) {
+    FailOnFaults("the change was not stored");
+    if (!asWanted)
+        throw Failure("the change was not stored: the dataset could not be opened for writing");
+}
+
 std::wstring StatusPath(const std::wstring& datasetPath) {
     const auto point = datasetPath.rfind(L'.');
     return datasetPath.substr(0, point) + L"_Status" + datasetPath.substr(point);

@@ -49,6 +49,10 @@ public:
     /// Throws Failure with the faults that were heard, if any, behind `what`.
     void FailOnFaults(const std::string& what);
 
+    /// An edit goes through the facade, which does not tell of a failure, and is read back. Throws Failure with the
+    /// faults that were heard, or when what was read is not as wanted.
+    void FailUnlessStored(bool asWanted);
+
     /// Throws Failure, told as `what` with the error's number, when the dataset cannot be had for a change now.
     void FailUnlessChangeable(const std::string& what) const;
 
