@@ -83,7 +83,7 @@ wstring WithoutEnding(const wstring& name, const wstring& ending) {
 /// The name of the database that this is a file of while it is in use; the name itself for any other.
 wstring DatabaseOf(const wstring& name) {
     for (const wchar_t* suffix : kDatabaseSuffixes)
-        if (const wstring database = WithoutEnding(name, suffix); !database.empty())
+        if (wstring database = WithoutEnding(name, suffix); !database.empty())
             return database;
     return name;
 }
