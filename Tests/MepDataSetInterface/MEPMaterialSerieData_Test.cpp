@@ -235,4 +235,17 @@ TEST_F(MaterialSerieTable, CollectionsAppendWithoutAReset) {
     EXPECT_EQ(IdsOf(table->GetSerieGroupList()), (Ids{L"g", L"g"}));
 }
 
+TEST_F(MaterialSerieTable, FittingsComeFromTheComponentDatabaseOfTheCollection) {
+    auto serie = Serie(L"a");
+    auto connection = Connection(L"c");
+    AddFitting(*connection, {.component = L"e2"});
+    serie->SetConnectionSerie(connection);
+    ASSERT_TRUE(Write(serie));
+    Collect(24);
+    ASSERT_EQ(Listed(), (Ids{L"a"}));
+    ASSERT_NE(table->GetSerieList()[0]->GetConnectionSerie(), nullptr);
+    EXPECT_EQ(FittingsOf(*table->GetSerieList()[0]->GetConnectionSerie()),
+              (std::vector<Fitting>{{.component = L"e2"}}));
+}
+
 } // namespace

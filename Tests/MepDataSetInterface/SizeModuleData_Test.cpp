@@ -151,4 +151,13 @@ TEST_F(SizeModuleTable, AnIdOfAnotherTableReadsNothingButKeepsThePaths) {
     EXPECT_EQ(StoredSizeModules(), (Ids{L"7", L"b"}));
 }
 
+TEST_F(SizeModuleTable, CollectionsAppendWithoutAReset) {
+    for (const auto& slice : kSlices)
+        util.WriteSizeModule(path, ddq,
+                             MakeSizeModule(std::to_wstring(slice.id), L"", slice.type, slice.discipline).get());
+    for (const int id : {10, 10, 33})
+        table->CollectDesignData(path, L"", static_cast<TableId>(id));
+    EXPECT_EQ(IdsOf(table->GetSizeList()), (Ids{L"10", L"10", L"33"}));
+}
+
 } // namespace

@@ -198,4 +198,24 @@ TEST_F(SystemTypeTable, CollectionsAppendWithoutAReset) {
     EXPECT_EQ(Listed(), (Ids{L"a", L"a", L"d"}));
 }
 
+TEST_F(SystemTypeTable, FittingsComeFromTheComponentDatabaseOfTheCollection) {
+    auto serie = Serie(L"s");
+    auto connection = Connection(L"c");
+    AddFitting(*connection, {.component = L"e2"});
+    serie->SetConnectionSerie(connection);
+    auto systemType = SystemType(L"a");
+    auto link = Serie(L"s");
+    systemType->AddSystemMaterialSerie(link);
+    ASSERT_TRUE(Write(serie) && Write(systemType));
+    const auto fittings = [this] {
+        const auto series = table->GetSystemTypeList().at(0)->GetSystemMaterialSerieList();
+        return FittingsOf(*series.at(0)->GetConnectionSerie());
+    };
+    table->CollectDesignData(path, components, TableId::PlumbingPipeSystemTypes);
+    EXPECT_EQ(fittings(), (std::vector<Fitting>{{.component = L"e2"}}));
+    table->reset();
+    table->GetAndAddSystemTypeById(L"a");
+    EXPECT_EQ(fittings(), (std::vector<Fitting>{{.component = L"e2"}}));
+}
+
 } // namespace

@@ -109,6 +109,20 @@ TEST_F(FittingIds, BytesOfAnyKindAreLeftAsTheyAre) {
     EXPECT_EQ(FittingList(L"a"), std::string(106, '\x7f') + Packed("n") + Packed("2", 1, std::string(50, '\xff')));
 }
 
+TEST_F(FittingIds, OfAReplacedFittingLeaveTheBytesOfTheCategory) {
+    const std::string cutWithinACharacter = std::string(48, 'c') + "\xe7\xb1";
+    Stored(L"a", Packed("1", 1, std::string(50, '\xff')) + Packed("1", 1, cutWithinACharacter));
+    EXPECT_TRUE(Replace({{L"1", L"new"}}));
+    EXPECT_EQ(FittingList(L"a"), Packed("new", 1, std::string(50, '\xff')) + Packed("new", 1, cutWithinACharacter));
+}
+
+TEST_F(FittingIds, ClearTheBytesBehindEachText) {
+    const std::string rest = std::string(1, '\0') + "rest";
+    Stored(L"a", Packed("1" + rest, 1, "elbow" + rest) + Packed("2" + rest, 2, "elbow" + rest));
+    EXPECT_TRUE(Replace({{L"1", L"new"}}));
+    EXPECT_EQ(FittingList(L"a"), Packed("new") + Packed("2", 2));
+}
+
 TEST_F(FittingIds, ThatNoFittingHasMoveTheTimePointAlone) {
     Stored(L"a", Packed("1"));
     ASSERT_TRUE(util.SetLocalVersion(path, ddq, 7));

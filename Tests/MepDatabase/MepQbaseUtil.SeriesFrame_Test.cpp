@@ -25,6 +25,13 @@ struct SeriesOperation {
     std::function<bool(const Paths&)> run;
 };
 
+/// The operation's function, which two of them share.
+std::string FunctionOf(const SeriesOperation& operation) {
+    const std::string shared = "ReadConectionSerieList";
+    const std::string name = operation.name;
+    return name.starts_with(shared) ? shared : name;
+}
+
 void PrintTo(const SeriesOperation& operation, std::ostream* out) {
     *out << operation.name;
 }
@@ -157,7 +164,9 @@ TEST_P(EachSeriesOperation, ReportsThatNoHandleCanBeMade) {
     Fill();
     const NoStoreHandles none;
     EXPECT_FALSE(Run());
-    EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"qb为空"}));
+    const std::string function = FunctionOf(GetParam());
+    EXPECT_EQ(TakeDebugWarningsWithFunction(),
+              (Warnings{L"MepQbaseUtil::" + wstring(function.begin(), function.end()) + L": qb为空"}));
 }
 
 TEST_P(EachSeriesOperation, LeavesNothingOpen) {

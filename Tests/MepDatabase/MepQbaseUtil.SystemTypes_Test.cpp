@@ -157,8 +157,10 @@ TEST_F(SystemTypes, OfMoreThanAHundredReferencesTheRestIsLost) {
 TEST_F(SystemTypes, OfTwoCablesOfOneNameTheFirstIsRead) {
     ASSERT_TRUE(Write(Cable(L"1", L"BV")) && Write(Cable(L"2", L"BV")) &&
                 Write(Linked(Circuit(L"x"), {}, {L"1", L"2"})));
-    const auto cables = ReadSystem(L"x")->GetCableSpecTypeList();
+    const auto read = ReadSystem(L"x");
+    const auto cables = read->GetCableSpecTypeList();
     ASSERT_EQ(cables.size(), 1U);
+    EXPECT_EQ(cables.at(L"BV")->GetId(), L"1");
     EXPECT_EQ(SqlValue(path, "select count(*) from PSI"), "2");
 }
 

@@ -1,6 +1,6 @@
 #include "MepDataSetInterface/TolmProject.h"
 #include "Host/Definitions.h"
-#include "MepDataSetInterface/TableLists.h"
+#include "MepDataSetInterface/AvailableRecords.h"
 #include "MepDatabase/MepQbaseUtil.h"
 
 #include <algorithm>
@@ -23,33 +23,6 @@ constexpr OfferedConnector kOfferedConnectors[] = {
     {TolmProjectSettingMEPObjectType::CableTray, MEPConnectorType::CableTray},
     {TolmProjectSettingMEPObjectType::Conduit, MEPConnectorType::Conduit},
 };
-
-/// The records by identifier; the first of an identifier counts, an empty entry is left out and reported.
-template <class T> IdMap<T> ById(RecordList<T> list, const CallSite& site, const wchar_t* emptyEntry) {
-    IdMap<T> records;
-    for (auto& record : list) {
-        if (!record) {
-            site.Warn(emptyEntry);
-            continue;
-        }
-        records.try_emplace(record->GetId(), std::move(record));
-    }
-    return records;
-}
-
-/// The first module with this duct shape, or of any where the shape is `None`; empty when there is none.
-vorn::OwnerPtr<IProjectSettingSizeModule> TakeFirst(RecordList<IProjectSettingSizeModule>& list, SectionType shape,
-                                                    const CallSite& site) {
-    if (shape == SectionType::None)
-        return list.empty() ? vorn::OwnerPtr<IProjectSettingSizeModule>() : std::move(list.front());
-    for (auto& module : list) {
-        if (!module)
-            site.Warn(L"retSizeList[i]为空");
-        else if (module->GetDuctShape() == shape)
-            return std::move(module);
-    }
-    return {};
-}
 
 template <class Row> std::vector<float> Column(const std::vector<Row>& rows, float Row::*field) {
     std::vector<float> values(rows.size());

@@ -39,17 +39,31 @@ void SetFittingBytes(CQbase& qb, const std::vector<char>& bytes, std::size_t cou
     qb.setBinaryArray(schema::kFittingList, bytes.data(), static_cast<int>(count), 0);
 }
 
-/// Puts the fitting with the new id of its component, or copies its bytes where the id stays. True for a new id that
-/// is not empty.
+// Where the texts of a packed fitting stand.
+constexpr std::size_t kCategoryWidth = 50;
+constexpr std::size_t kProductAt = 58;
+constexpr std::size_t kProductWidth = 40;
+
+/// Copies a field's text byte by byte, up to its first zero; what is left of the field becomes zeros.
+void CopyText(const char* from, std::size_t width, char* to) {
+    const char* const end = std::find(from, from + width, '\0');
+    std::fill(std::copy(from, end, to), to + width, '\0');
+}
+
+/// Puts the fitting with the new id of its component, or with the old one where that stays. The category keeps its
+/// bytes, also those that are no text. True for a new id that is not empty.
 bool PutReplaced(const char* from, PackedFitting fitting, const std::map<wstring, wstring>& componentIds, char* to) {
     const auto found = componentIds.find(fitting.productId);
-    if (found == componentIds.end()) {
+    const bool isReplaced = found != componentIds.end();
+    if (isReplaced) {
+        fitting.productId = found->second;
+        kFittingLayout.put(to, fitting);
+    } else {
         std::copy_n(from, kFittingLayout.entrySize, to);
-        return false;
+        CopyText(from + kProductAt, kProductWidth, to + kProductAt);
     }
-    fitting.productId = found->second;
-    kFittingLayout.put(to, fitting);
-    return !found->second.empty();
+    CopyText(from, kCategoryWidth, to);
+    return isReplaced && !found->second.empty();
 }
 
 } // namespace
