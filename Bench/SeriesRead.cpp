@@ -140,7 +140,7 @@ void WholeTrees(benchmark::State& state) {
     const int series = static_cast<int>(state.range(0));
     const auto dataset =
         tolm::ITolmDataSetFactory::Get()->CreateDataset(Shared().Store(series), Shared().Components(), L"", L"");
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         dataset->CollectData(false, {tolm::TolmProjectSettingTableId::PlumbingPipeSeries});
         if (dataset->GetMEPMaterialSerieData()->GetSerieList().size() != static_cast<std::size_t>(series))
             state.SkipWithError("not all series were read");
@@ -160,7 +160,7 @@ BENCHMARK(WholeTrees)
 /// The floor: the records that a tree is made of, fetched one by one through the object database, without objects.
 void OneQueryPerRecord(benchmark::State& state) {
     const int series = static_cast<int>(state.range(0));
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         CQbase qb;
         Require(qb.openDatabase(tolm::DataSetFilePath::TOLMDDQFilePath, Shared().Store(series), false) &&
                     qb.lockForRead(),

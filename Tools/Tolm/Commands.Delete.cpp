@@ -139,6 +139,7 @@ constexpr std::array kDeletables{
 
 std::vector<std::string> DeletableWords() {
     std::vector<std::string> words;
+    words.reserve(kDeletables.size());
     for (const Deletable& deletable : kDeletables)
         words.emplace_back(deletable.word);
     return words;

@@ -163,6 +163,7 @@ void Read(const char* Readable::*word, Show Readable::*run, const Options& optio
 
 std::vector<std::string> Words(const char* Readable::*word) {
     std::vector<std::string> words;
+    words.reserve(kReadables.size());
     for (const Readable& readable : kReadables)
         words.emplace_back(readable.*word);
     return words;
