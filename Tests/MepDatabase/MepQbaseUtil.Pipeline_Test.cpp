@@ -561,4 +561,25 @@ TEST_F(Refreshing, ThatDoesNotFitOnTheDiskSaysSoAndChangesNothing) {
     EXPECT_EQ(Records(schema::kMaterial), RecordLines{});
 }
 
+TEST_F(Refreshing, ThatDoesNotFitOnTheDiskHasRecoveredNothing) {
+    LocalHas(3);
+    CloudHas(5, "{}",
+             R"({"ConfigTree":[],"PipeSystemType":[{"ID":"y","version":4,"systemType":"n","code":"c",)"
+             R"("systemCategory":21,"description":")" +
+                 std::string(200'000, 'x') + R"("}]})");
+    RecoverDataInfo wanted;
+    wanted.idMap[L"y"] = L"";
+    {
+        const FileSizeLimit full(vorn::FileInfo(path).Size());
+        EXPECT_FALSE(Refresh(&wanted));
+    }
+    EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"closeDatabase 失败"}));
+    EXPECT_FALSE(wanted.recovered);
+    EXPECT_TRUE(util.RecoveredSystemTypeIds().empty());
+    EXPECT_EQ(Records(schema::kSystemType), RecordLines{});
+    EXPECT_TRUE(Refresh(&wanted));
+    EXPECT_TRUE(wanted.recovered);
+    EXPECT_EQ(util.RecoveredSystemTypeIds(), std::vector<wstring>{L"y"});
+}
+
 } // namespace

@@ -160,17 +160,28 @@ bool MepQbaseUtil::SyncDataFromCloud(bool writeTimePoint, vorn::IProgressReporte
         return false;
     CloudRefresh refresh(TOLM_CALL_SITE, store.get(), progress,
                          {templateFilePath, combinedProductFilePath, binaryFileFolder}, recoverInfo);
+    // What did not reach the disk was not recovered: neither the host nor the next upload may count on it.
+    const bool recoveredBefore = recoverInfo != nullptr && recoverInfo->recovered;
+    const auto forgetRecovered = [&] {
+        m_recoveredSystemTypeIds.clear();
+        if (recoverInfo != nullptr)
+            recoverInfo->recovered = recoveredBefore;
+    };
     try {
         FetchSystemChanges(workunitId);
-        if (!refresh.Apply(root, local.Version()) ||
-            !StampAndClose(TOLM_CALL_SITE, store, cloudVersion, writeTimePoint))
+        if (!refresh.Apply(root, local.Version()))
             return false;
+        if (!StampAndClose(TOLM_CALL_SITE, store, cloudVersion, writeTimePoint)) {
+            forgetRecovered();
+            return false;
+        }
         refresh.Report(80);
         Notify(vorn::NotificationTypes::Success, L"载入成功！");
         return true;
     } catch (...) {
         LogCurrentException();
-        store.Close();
+        if (!store.Close())
+            forgetRecovered();
         return Fail(L"载入失败了！");
     }
 }
