@@ -1,4 +1,5 @@
 #include "StoreSupport/CloudTestSupport.h"
+#include "Support/ClosedPort.h"
 
 #include "Host/Session.h"
 
@@ -106,12 +107,8 @@ TEST(GetVersion, WithoutASessionReportsTheMissingSettings) {
 }
 
 TEST(GetVersion, FailsWithoutAService) {
-    std::wstring address;
-    {
-        const ScriptedServer gone;
-        address = gone.Address();
-    }
-    const TestSession session(address);
+    const ClosedPort closed;
+    const TestSession session(closed.Address());
     int version = 5;
     EXPECT_FALSE(Client().GetVersion(L"P1", version));
     EXPECT_EQ(version, 0);
