@@ -2,6 +2,7 @@
 
 #include "TolmDataSet/MepEnums.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,12 @@ class http_request;
 } // namespace web
 
 namespace tolm {
+
+class IProjectSettingMEPMaterialSerie;
+class IProjectSettingMEPMaterialSerieGroup;
+class IProjectSettingMaterial;
+class IProjectSettingSizeModule;
+class IProjectSettingSystemType;
 
 /// The cloud client: the only place that talks to the settings service. Each operation is one blocking call on the
 /// caller's thread; it returns true only when the service answered 200 with the code "10000". One thread at a time.
@@ -32,7 +39,47 @@ public:
     bool GetCloudSystemChangeData(wstring workunitId, web::json::value& data);
     bool ReadProjectTemplateRowKey(wstring projectId, wstring& rowKey);
     bool ApplyDefaultProjectSettingTemplate(wstring projectId);
+
+    // --- uploads (MepProjectSettingHttpUtility.Upload.cpp): one request each; an empty argument is refused without one
+    bool SendCreatedEvent(wstring host, wstring projectId, wstring tableName, web::json::value rows);
+    bool SendEditedEvent(wstring host, wstring projectId, wstring tableName, web::json::value rows);
+    bool SendRemovedDataList(wstring projectId, std::vector<wstring> ids, wstring tableName);
+    /// Sends all changes at once. `newVersion` is the project's version then; it stays as it was on failure, of which
+    /// the user hears why.
+    bool SendPatchDataEvent(wstring projectId, web::json::value patch, int& newVersion);
     bool SendUpdateSettingDataInfo(wstring projectId, wstring workunitId, std::vector<wstring> dataIds, int dataStatus);
+
+    // --- lists of records (MepProjectSettingHttpUtility.Lists.cpp): sorted by table and encoded, then sent table by
+    // table, or gathered into `target` for a patch. A row is wrapped as {"id", "data"} when `wrapEdited` is true and
+    // `isCreated` is not. `index` is the next free place in "ConfigTree" and runs on from call to call.
+    template <class Record> using RecordList = std::vector<std::shared_ptr<const Record>>;
+
+    bool SendCreatedOrEditedSystemTypeList(wstring projectId, RecordList<IProjectSettingSystemType> list,
+                                           bool wrapEdited, bool isCreated);
+    void SendCreatedOrEditedSystemTypeList(web::json::value& target, wstring projectId,
+                                           RecordList<IProjectSettingSystemType> list, bool wrapEdited, bool isCreated);
+    bool SendCreatedOrEditedMEPMaterialSerieList(wstring projectId, RecordList<IProjectSettingMEPMaterialSerie> list,
+                                                 bool wrapEdited, bool isCreated);
+    void SendCreatedOrEditedMEPMaterialSerieList(web::json::value& target, wstring projectId,
+                                                 RecordList<IProjectSettingMEPMaterialSerie> list, bool wrapEdited,
+                                                 bool isCreated);
+    bool SendCreatedOrEditedSizeModelList(wstring projectId, RecordList<IProjectSettingSizeModule> list,
+                                          bool wrapEdited, bool isCreated);
+    void SendCreatedOrEditedSizeModelList(web::json::value& target, int& index, wstring projectId,
+                                          RecordList<IProjectSettingSizeModule> list, bool wrapEdited, bool isCreated);
+    bool SendCreatedOrEditedMateriaList(wstring projectId, RecordList<IProjectSettingMaterial> list, bool wrapEdited,
+                                        bool isCreated);
+    void SendCreatedOrEditedMateriaList(web::json::value& target, int& index, wstring projectId,
+                                        RecordList<IProjectSettingMaterial> list, bool wrapEdited, bool isCreated);
+    bool SendCreatedOrEditedMaterieSerieGroupList(wstring projectId,
+                                                  RecordList<IProjectSettingMEPMaterialSerieGroup> list,
+                                                  bool wrapEdited, bool isCreated);
+    void SendCreatedOrEditedMaterieSerieGroupList(web::json::value& target, int& index, wstring projectId,
+                                                  RecordList<IProjectSettingMEPMaterialSerieGroup> list,
+                                                  bool wrapEdited, bool isCreated);
+    void AddRemovedDataIds(web::json::value& target, wstring projectId, std::vector<wstring> ids, wstring tableName);
+    void AddRemovedConfigTreeIds(web::json::value& target, int& index, wstring projectId, std::vector<wstring> ids,
+                                 wstring tableName);
 
     const wstring& UserId() const { return m_userId; }
 

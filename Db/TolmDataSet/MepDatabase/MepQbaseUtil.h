@@ -146,8 +146,23 @@ public:
                            RecoverDataInfo* recoverInfo);
     int GetCloudVersion(wstring projectId);
 
+    // --- merge and upload (MepQbaseUtil.Merge.cpp, .TableMerge.cpp, .Upload.cpp)
+    // --------------------------------------
+    /// Takes the cloud's changes since `localVersion` into a store that holds local changes. It works on copies; both
+    /// real files are replaced at the end, together or not at all. True when the merge ran to its end, also where
+    /// single tables failed. `*pendingUpload` becomes false where nothing is left to send.
+    bool MergeCloudAndLocalDataset(wstring projectId, vorn::IProgressReporter* progress, int cloudVersion,
+                                   int localVersion, wstring datasetFilePath, wstring templateFilePath,
+                                   wstring combinedProductFilePath, wstring binaryFileFolder, bool* pendingUpload);
+    /// Sends every noted local change, as one patch or, with `tableByTable`, class by class, and removes the status
+    /// store after the service has taken them. True also when there is nothing to send.
+    bool SendModifiedDataToCloud(bool writeTimePoint, vorn::IProgressReporter* progress, wstring datasetFilePath,
+                                 wstring templateFilePath, wstring componentFilePath, bool tableByTable);
+    bool SendModifiedDataToCloud(bool writeTimePoint, vorn::IProgressReporter* progress, wstring datasetFilePath,
+                                 wstring templateFilePath, wstring componentFilePath);
+
     // --- ingest (MepQbaseUtil.Ingest*.cpp)
-    // ------------------------------------------------------------------------------
+    // ----------------------------------------------------------------------------
     void SyncPipeSizeTableItem(CQbase* qb, short disciplineId, const web::json::value& element);
     bool SyncSizeTableExceptPipeAndGroupTableItem(CQbase* qb, wstring groupName, const wchar_t* id,
                                                   web::json::value element);
@@ -164,7 +179,7 @@ public:
     bool GetCombinedProductFromJson(wstring categoryCode, web::json::value element, TolmCombinedProduct& product);
 
     // --- name repair and recovery (MepQbaseUtil.NameRepair.cpp, MepQbaseUtil.Recovery.cpp)
-    // ------------------------------
+    // ----------------------------
     bool FindAndRenameDuplicatedItems(std::vector<wstring> cloudAdded, std::vector<wstring> cloudModified,
                                       std::vector<wstring> localCreated, std::vector<wstring> localEdited, CQbase* qb,
                                       const char* classCode, short mepType, short disciplineId, bool reportMissing);

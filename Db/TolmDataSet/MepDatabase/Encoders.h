@@ -1,0 +1,40 @@
+#pragma once
+
+#include "TolmDataSet/MepEnums.h"
+#include "TolmDataSet/SmallRecords.h"
+
+#include <cpprest/json.h>
+
+#include <memory>
+#include <vector>
+
+namespace tolm {
+
+class IProjectSettingMEPMaterialSerie;
+class IProjectSettingMEPMaterialSerieGroup;
+class IProjectSettingMaterial;
+class IProjectSettingSizeModule;
+class IProjectSettingSystemType;
+
+// The rows that go up to the settings service. Each encoder gives {"rows": [row, ...]} with one row for each record,
+// in the order of the list; a row is wrapped as {"id": ..., "data": row} when `wrapEdited` is true and `isCreated` is
+// not. A null record is reported, and the value is then a JSON null.
+
+web::json::value
+GetCreatedOrEditedSizeModelListJasonValue(bool wrapEdited, bool isCreated, wstring groupName, int kind,
+                                          std::vector<std::shared_ptr<const IProjectSettingSizeModule>> list);
+web::json::value
+GetCreatedOrEditedMateriaListJasonValue(bool wrapEdited, bool isCreated, wstring groupName,
+                                        std::vector<std::shared_ptr<const IProjectSettingMaterial>> list);
+web::json::value GetCreatedOrEditedMaterieSerieGroupJasonValue(
+    bool wrapEdited, bool isCreated, wstring groupName,
+    std::vector<std::shared_ptr<const IProjectSettingMEPMaterialSerieGroup>> list);
+web::json::value
+GetCreatedOrEditedSystemTypeListJasonValue(bool wrapEdited, bool isCreated,
+                                           std::vector<std::shared_ptr<const IProjectSettingSystemType>> list);
+web::json::value
+GetCreatedOrEditedMEPMaterialListJasonValue(bool wrapEdited, bool isCreated,
+                                            std::vector<std::shared_ptr<const IProjectSettingMEPMaterialSerie>> list);
+web::json::value GetFittingListJsonArray(std::vector<ITolmProjectSettingFittingComponentConst> fittings);
+
+} // namespace tolm
