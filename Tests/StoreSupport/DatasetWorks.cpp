@@ -2,6 +2,8 @@
 
 #include "Host/Definitions.h"
 #include "MepDatabase/MepQbaseUtil.h"
+#include "MepDatabase/StoreSchema.h"
+#include "Qbase/Qbase.h"
 #include "StoreSupport/Records.h"
 
 #include <algorithm>
@@ -36,6 +38,16 @@ bool Read(const WorkPlace& place) {
     return Util().ReadMaterialList(place.path, Definition(), Type::Pipe, Discipline::Plumbing, list);
 }
 
+/// The local m2 gives way to the cloud's m1.
+bool Repair(const WorkPlace& place) {
+    CQbase qb;
+    if (!qb.openDatabase(Definition(), place.path, false) || !qb.lockForUpdate())
+        return false;
+    const bool renamed =
+        Util().FindAndRenameDuplicatedItems({L"m1"}, {}, {L"m2"}, {}, &qb, tolm::schema::kMaterial, 1, 2, true);
+    return qb.closeDatabase() && renamed;
+}
+
 constexpr DatasetWork kWorks[] = {
     {"read", Read},
     {"edit", [](const WorkPlace& place) { return Write(place, L"m1"); }},
@@ -43,6 +55,7 @@ constexpr DatasetWork kWorks[] = {
     {"delete", Delete},
     {"stamp", [](const WorkPlace& place) { return Util().SetLocalVersion(place.path, Definition(), 7); }},
     {"pull", Pull},
+    {"repair", Repair},
 };
 
 } // namespace

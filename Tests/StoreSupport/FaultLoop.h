@@ -37,7 +37,7 @@ public:
 
     /// A state that the operation passes through on disk by design, made by `make` out of the one before it.
     void MayStopAt(const std::function<void()>& make);
-    /// What the operation may be told by, besides what it should be: nothing else is let pass.
+    /// A warning that may tell of a fault, by its beginning.
     void MayWarnOf(const std::wstring& text) { m_warnings.push_back(text); }
 
     void Run();
@@ -57,8 +57,10 @@ private:
     Facts m_before;
     Facts m_after;
     std::vector<Facts> m_between;
-    std::vector<std::wstring> m_warnings{L"closeDatabase 失败", L"createRec 失败", L"saveRec 失败",
-                                         L"openDatabase 失败", L"beginTransaction 失败"};
+    std::vector<std::wstring> m_warnings{
+        L"closeDatabase 失败",      L"createRec 失败",        L"saveRec 失败",
+        L"openDatabase 失败",       L"beginTransaction 失败", L"云端下载的此条目没找到: ",
+        L"本地修改的此条目没找到: "};
     FaultyFiles m_files;
     long m_runs = 0;
 };

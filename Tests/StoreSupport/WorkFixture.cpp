@@ -22,6 +22,18 @@ void LoadAndChange(WorkFixture& fixture) {
     fixture.Load();
     ASSERT_TRUE(fixture.Run("create"));
 }
+void FillCloudAlone(WorkFixture& fixture) {
+    fixture.FillCloud();
+}
+/// A file that was written before materials had a time of creation.
+void LoadAndAge(WorkFixture& fixture) {
+    fixture.Load();
+    Sql(fixture.Path(), "ALTER TABLE MTS DROP COLUMN CreateTime");
+}
+void LoadAndClash(WorkFixture& fixture) {
+    fixture.Load();
+    Sql(fixture.Path(), "UPDATE MTS SET Name = 'copper'");
+}
 void LoadAndMoveCloud(WorkFixture& fixture) {
     fixture.Load();
     fixture.CloudMoves();
@@ -31,9 +43,11 @@ void LoadAndMoveCloud(WorkFixture& fixture) {
 
 const std::vector<PreparedWork>& PreparedWorks() {
     static const std::vector<PreparedWork> works{
-        {"FirstEdit", "edit", LoadAlone, true},     {"FurtherEdit", "edit", LoadAndChange, true},
-        {"Creation", "create", LoadAlone, true},    {"Deletion", "delete", LoadAlone, true},
-        {"VersionStamp", "stamp", LoadAlone, true}, {"IncrementalPull", "pull", LoadAndMoveCloud, false},
+        {"FirstEdit", "edit", LoadAlone, true},        {"FurtherEdit", "edit", LoadAndChange, true},
+        {"Creation", "create", LoadAlone, true},       {"Deletion", "delete", LoadAlone, true},
+        {"VersionStamp", "stamp", LoadAlone, true},    {"IncrementalPull", "pull", LoadAndMoveCloud, false},
+        {"FirstPull", "pull", FillCloudAlone, false},  {"EditOfAnOlderFile", "edit", LoadAndAge, true},
+        {"NameRepair", "repair", LoadAndClash, false},
     };
     return works;
 }
@@ -42,9 +56,12 @@ std::string PreparedWorkName(const testing::TestParamInfo<PreparedWork>& info) {
     return info.param.title;
 }
 
-void WorkFixture::Load() {
-    LocalHas(1);
+void WorkFixture::FillCloud() {
     CloudHas(2, Rows({MaterialRow("m1", "copper"), MaterialRow("m2", "steel")}), Rows({}));
+}
+
+void WorkFixture::Load() {
+    FillCloud();
     ASSERT_TRUE(Refresh());
 }
 

@@ -27,10 +27,13 @@ inline void PrintTo(const PreparedWork& work, std::ostream* out) {
 /// A dataset, a service that answers what an operation needs, and the operations.
 class WorkFixture : public RefreshFixture {
 public:
+    /// A cloud with two materials, at version 2.
+    void FillCloud();
     /// Two materials that came from the cloud, at version 2.
     void Load();
     /// The cloud goes on: one material edited, one new, one gone.
     void CloudMoves();
+    const wstring& Path() const { return path; }
     bool Run(const char* work) { return FindDatasetWork(work).run({path, combinedPath, binaryFolder}); }
 
 protected:
