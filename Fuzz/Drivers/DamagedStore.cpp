@@ -136,10 +136,11 @@ private:
     bool m_onlyValues = true;
 };
 
-bool WriteMaterial(const wstring& path, const wstring& id) {
+bool WriteMaterial(const wstring& path, wstring id) {
     auto material = tolm::ITolmDataSetFactory::Get()->CreateMaterial();
     material->SetId(id);
-    material->SetName(L"written");
+    wstring name = L"written";
+    material->SetName(name);
     material->SetMEPType(tolm::TolmProjectSettingMEPObjectType::Pipe);
     material->SetDisciplineId(tolm::MEPDisciplineId::Plumbing);
     return tolm::MepQbaseUtil::GetInstance()->WriteMaterial(path, tolm::DataSetFilePath::TOLMDDQFilePath,
@@ -169,8 +170,8 @@ int TryDamagedStore(const std::uint8_t* data, std::size_t size) {
     const bool opens = qb.openDatabase(tolm::DataSetFilePath::TOLMDDQFilePath, place.data, false);
     qb.closeDatabase();
     RequireUnchanged(place, bytes, "opening");
-    const std::string failed = ReadLists(place.data, place.products, size);
-    Require(!damage.OnlyValues() || failed.empty(), "odd values spoil no list: " + failed);
+    const std::string missed = ReadLists(place.data, place.products, size);
+    Require(!damage.OnlyValues() || missed.empty(), "odd values spoil no list: " + missed);
     RequireUnchanged(place, bytes, "reading");
     const bool isWritten = WriteMaterial(place.data, L"written");
     Require(opens || bytes.empty() || !isWritten, "what does not open is not written to");

@@ -6,8 +6,8 @@
 #include "Qbase/Qbase.h"
 #include "Support/TempFolder.h"
 
-#include <algorithm>
 #include <map>
+#include <set>
 #include <string>
 
 namespace tolmfuzz {
@@ -82,11 +82,8 @@ void RequireStore(const Definition& definition) {
         Require(qb.closeDatabase(), "and is closed");
     }
     std::size_t indexes = 0;
-    for (const ClassDefinition& each : definition.Classes()) {
-        auto sorted = each.indexes;
-        std::ranges::sort(sorted);
-        indexes += static_cast<std::size_t>(std::ranges::unique(sorted).begin() - sorted.begin());
-    }
+    for (const ClassDefinition& each : definition.Classes())
+        indexes += std::set(each.indexes.begin(), each.indexes.end()).size();
     Require(SqlValue(path, "SELECT count(*) FROM sqlite_schema WHERE type='index' AND sql IS NOT NULL") ==
                 std::to_string(indexes),
             "every index of the definition stands in the store");

@@ -15,8 +15,8 @@ using Begin = Workshop::Begin;
 /// What both ways of taking an increment in must leave behind.
 void RequireGoodOrder(const DatasetPlace& place, std::size_t turn) {
     RequireSound(place.data);
-    const std::string failed = ReadLists(place.data, place.products, turn);
-    Require(failed.empty(), "every list can be read: " + failed);
+    const std::string missed = ReadLists(place.data, place.products, turn);
+    Require(missed.empty(), "every record is listed: " + missed);
     Workshop::Get().RequireNothingElse();
 }
 

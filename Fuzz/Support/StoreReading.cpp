@@ -37,78 +37,80 @@ tolm::MepQbaseUtil& Store() {
     return *tolm::MepQbaseUtil::GetInstance();
 }
 
-bool ReadMaterials(const Place& at, const Slice& slice) {
+std::size_t ReadMaterials(const Place& at, const Slice& slice) {
     std::vector<vorn::OwnerPtr<tolm::IProjectSettingMaterial>> list;
-    return Store().ReadMaterialList(at.path, at.definition, slice.type, slice.discipline, list);
+    Store().ReadMaterialList(at.path, at.definition, slice.type, slice.discipline, list);
+    return list.size();
 }
 
-bool ReadSizes(const Place& at, const Slice& slice) {
+std::size_t ReadSizes(const Place& at, const Slice& slice) {
     std::vector<vorn::OwnerPtr<tolm::IProjectSettingSizeModule>> list;
-    return Store().ReadSizeModuleList(at.path, at.definition, slice.type, slice.discipline, list);
+    Store().ReadSizeModuleList(at.path, at.definition, slice.type, slice.discipline, list);
+    return list.size();
 }
 
-bool ReadConnections(const Place& at, const Slice& slice) {
-    std::map<wstring, vorn::OwnerPtr<tolm::IProjectSettingConnectionSerie>> series;
-    return Store().ReadConectionSerieList(at.path, at.definition, at.components, slice.type,
-                                          tolm::MEPConnectorTypeDefinition::ConnectorTypeNameList, series);
-}
-
-bool ReadConnectionsOfOneType(const Place& at, const Slice&) {
-    std::vector<vorn::OwnerPtr<tolm::IProjectSettingConnectionSerie>> list;
-    return Store().ReadConectionSerieList(at.path, at.definition, at.components, tolm::MEPConnectorType::PipeThreaded,
-                                          list);
-}
-
-bool ReadSeries(const Place& at, const Slice& slice) {
+std::size_t ReadSeries(const Place& at, const Slice& slice) {
     std::vector<vorn::OwnerPtr<tolm::IProjectSettingMEPMaterialSerie>> list;
-    return Store().ReadMEPMaterialSerieList(at.path, at.definition, at.components, slice.type, slice.discipline, list);
+    Store().ReadMEPMaterialSerieList(at.path, at.definition, at.components, slice.type, slice.discipline, list);
+    return list.size();
 }
 
-bool ReadGroups(const Place& at, const Slice& slice) {
+std::size_t ReadGroups(const Place& at, const Slice& slice) {
     std::vector<vorn::OwnerPtr<tolm::IProjectSettingMEPMaterialSerieGroup>> list;
-    return Store().ReadMEPMaterialSerieGroupList(at.path, at.definition, slice.type, slice.discipline, list);
+    Store().ReadMEPMaterialSerieGroupList(at.path, at.definition, slice.type, slice.discipline, list);
+    return list.size();
 }
 
-bool ReadSystemTypes(const Place& at, const Slice& slice) {
+std::size_t ReadSystemTypes(const Place& at, const Slice& slice) {
     std::vector<vorn::OwnerPtr<tolm::IProjectSettingSystemType>> list;
-    return Store().ReadSystemTypeList(at.path, at.definition, at.components, slice.discipline, slice.type, list);
+    Store().ReadSystemTypeList(at.path, at.definition, at.components, slice.discipline, slice.type, list);
+    return list.size();
 }
 
-bool ReadNamesAndReferences(const Place& at, const Slice& slice) {
+/// A list operation and the class of its records.
+struct ListOperation {
+    const char* classCode;
+    std::size_t (*read)(const Place&, const Slice&);
+};
+constexpr std::array kListOperations{
+    ListOperation{"MTS", ReadMaterials}, ListOperation{"PSI", ReadSizes},       ListOperation{"SMS", ReadSeries},
+    ListOperation{"MSG", ReadGroups},    ListOperation{"SYS", ReadSystemTypes},
+};
+
+std::string CountQuery(const char* classCode, const Slice& slice) {
+    return "SELECT count(*) FROM " + std::string(classCode) +
+           " WHERE MEPType=" + std::to_string(static_cast<int>(slice.type)) +
+           " AND DisciplineId=" + std::to_string(static_cast<int>(slice.discipline));
+}
+
+// What lists something else than all records of a slice.
+
+void ReadConnections(const Place& at, const Slice& slice) {
+    std::map<wstring, vorn::OwnerPtr<tolm::IProjectSettingConnectionSerie>> series;
+    Store().ReadConectionSerieList(at.path, at.definition, at.components, slice.type,
+                                   tolm::MEPConnectorTypeDefinition::ConnectorTypeNameList, series);
+    std::vector<vorn::OwnerPtr<tolm::IProjectSettingConnectionSerie>> list;
+    Store().ReadConectionSerieList(at.path, at.definition, at.components, tolm::MEPConnectorType::PipeThreaded, list);
+}
+
+void ReadNamesAndReferences(const Place& at, const Slice& slice) {
     std::vector<std::map<wstring, wstring>> names;
-    const bool isRead = Store().ReadSystemTypeNameIds(at.path, at.definition, {static_cast<int>(slice.discipline)},
-                                                      {static_cast<int>(slice.type)}, names);
+    Store().ReadSystemTypeNameIds(at.path, at.definition, {static_cast<int>(slice.discipline)},
+                                  {static_cast<int>(slice.type)}, names);
     std::vector<wstring> ids;
     for (const auto& map : names) {
         for (const auto& [id, name] : map)
             ids.push_back(id);
     }
     std::map<wstring, std::vector<wstring>> references;
-    return Store().ReadMEPSerieRecordGuidListOfSystemType(at.path, at.definition, ids, references) && isRead;
+    Store().ReadMEPSerieRecordGuidListOfSystemType(at.path, at.definition, ids, references);
 }
 
-bool ReadHeader(const Place& at, const Slice&) {
+void ReadHeader(const Place& at) {
     bool hasLocalChanges = false;
     Store().GetLocalVersion(at.path, at.definition, hasLocalChanges);
     Store().GetLastUpdateTimePoint(at.path, at.definition);
-    return true;
 }
-
-struct ListOperation {
-    const char* name;
-    bool (*read)(const Place&, const Slice&);
-};
-constexpr std::array kListOperations{
-    ListOperation{"materials", ReadMaterials},
-    ListOperation{"sizes", ReadSizes},
-    ListOperation{"connections", ReadConnections},
-    ListOperation{"connections of one type", ReadConnectionsOfOneType},
-    ListOperation{"series", ReadSeries},
-    ListOperation{"groups", ReadGroups},
-    ListOperation{"system types", ReadSystemTypes},
-    ListOperation{"names and references", ReadNamesAndReferences},
-    ListOperation{"header", ReadHeader},
-};
 
 /// A condition that no record may meet.
 struct Unsound {
@@ -130,7 +132,7 @@ constexpr std::array kUnsound{
     Unsound{"PSI", "length(DuctSizeList)%8 OR length(DuctSizeList)>300*8"},
     Unsound{"PSI", "length(CableSpecificationList)%56 OR length(CableSpecificationList)>300*56"},
     Unsound{"PSI", "length(CableTraySizeList)%4 OR length(CableTraySizeList)>300*4"},
-    Unsound{"SYS", "json_valid(MaterialSerieIds)=0 OR json_valid(CableSpecTypeIds)=0"},
+    Unsound{"SYS", "json_valid(ifnull(MaterialSerieIds,0))+json_valid(ifnull(CableSpecTypeIds,0))<2"},
 };
 
 /// The conditions that records meet, "" for none, in one query.
@@ -148,12 +150,19 @@ std::string UnsoundQuery() {
 
 std::string ReadLists(const wstring& path, const wstring& componentPath, std::size_t turn) {
     const Place place{path, tolm::DataSetFilePath::TOLMDDQFilePath, componentPath};
-    std::string failed;
+    const auto next = [&] { return kSlices.at(turn++ % kSlices.size()); };
+    std::string missed;
     for (const ListOperation& operation : kListOperations) {
-        if (!operation.read(place, kSlices.at(turn++ % kSlices.size())))
-            failed += std::string(operation.name) + "; ";
+        const Slice slice = next();
+        const auto count = std::to_string(operation.read(place, slice));
+        const auto stands = SqlValue(path, CountQuery(operation.classCode, slice));
+        if (count != stands)
+            missed += std::string(operation.classCode) + ": " + count + " of " + stands + "; ";
     }
-    return failed;
+    ReadConnections(place, next());
+    ReadNamesAndReferences(place, next());
+    ReadHeader(place);
+    return missed;
 }
 
 void RequireSound(const wstring& path) {

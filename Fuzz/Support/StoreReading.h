@@ -10,7 +10,7 @@ namespace tolmfuzz {
 using tolm::wstring;
 
 /// Reads the store through every operation that lists records, each for one object type and discipline, which
-/// `turn` changes. Returns the names of the operations that failed, "" for none.
+/// `turn` changes. Returns what they did not list of the records that stand, "" for nothing.
 std::string ReadLists(const wstring& path, const wstring& componentPath, std::size_t turn);
 
 /// Holds a store to what no input may change: SQLite finds it in order, its numbers are finite, its packed lists are

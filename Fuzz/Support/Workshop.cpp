@@ -72,8 +72,9 @@ template <class Record, class Edit, class Delete>
 void ChangeFirstTwo(const std::vector<vorn::OwnerPtr<Record>>& list, Edit edit, Delete remove) {
     Require(list.size() > 1, "the rows of the corpus have two records of each kind");
     Record& first = *list[0];
-    first.SetName(first.GetName() + L" *");
-    Require(edit(&first) && remove({list[1].get()}), "local changes are noted");
+    std::wstring name = first.GetName() + L" *";
+    first.SetName(name);
+    Require(edit(&first) && remove(std::vector<const Record*>{list[1].get()}), "local changes are noted");
 }
 
 } // namespace
