@@ -91,14 +91,16 @@ void ToAnotherText(json& root, Random& random) {
     *nodes[Below(random, nodes.size())] = from;
 }
 
+bool Holds(json& outer, const json& inner) {
+    const auto nodes = NodesOf(outer);
+    return std::ranges::find(nodes, &inner) != nodes.end();
+}
+
 void Swap(json& root, Random& random) {
     json& a = Any(root, random);
     json& b = Any(root, random);
-    const json keptA = a;
-    const json keptB = b;
-    a = keptB; // one may hold the other
-    if (&b != &root && !keptB.is_structured())
-        b = keptA;
+    if (!Holds(a, b) && !Holds(b, a))
+        std::swap(a, b);
 }
 
 /// An object or array that has something in it; null when there is none.

@@ -16,8 +16,11 @@
 #include <cpprest/json.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 
 namespace tolmfuzz {
 namespace {
@@ -27,6 +30,11 @@ constexpr Slice kPipes{tolm::TolmProjectSettingMEPObjectType::Pipe, tolm::MEPDis
 
 /// So many of the sample project's components are enough for the rows of the corpus.
 constexpr std::size_t kMostComponents = 80;
+
+constexpr std::array<std::string_view, 4> kNames{"set.db", "set_Status.db", "products.db", "files"};
+/// SQLite leaves this file behind where the commit of two files fails on a damaged one: it cannot know whether a
+/// journal names it already.
+constexpr std::string_view kLeftOver = "set.db-mj";
 
 nlohmann::json Sample(const char* path) {
     std::ifstream file(std::string(TOLM_SOURCE_DIR) + path);
@@ -163,7 +171,7 @@ const DatasetPlace& Workshop::Prepare(Begin begin) {
 void Workshop::RequireNothingElse() const {
     Require(NamesIn(m_outer.Path()) == std::vector<std::string>{"names.db", "work"}, "nothing is written outside");
     for (const std::string& name : NamesIn(m_folder))
-        Require(name == "set.db" || name == "set_Status.db" || name == "products.db" || name == "files",
+        Require(std::ranges::find(kNames, name) != kNames.end() || name.starts_with(kLeftOver),
                 "nothing stands beside the dataset: " + name);
     if (!vorn::FileInfo(m_place.binaryFolder).Exists())
         return;
