@@ -234,6 +234,7 @@ private:
     std::vector<wstring> m_recoveredSystemTypeIds;
 
     friend class StoreFrame;
+    friend struct UploadReads;
     friend struct MepQbaseUtilTestAccess;
 };
 
