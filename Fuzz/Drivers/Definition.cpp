@@ -7,7 +7,6 @@
 #include "Support/TempFolder.h"
 
 #include <map>
-#include <set>
 #include <string>
 
 namespace tolmfuzz {
@@ -83,7 +82,7 @@ void RequireStore(const Definition& definition) {
     }
     std::size_t indexes = 0;
     for (const ClassDefinition& each : definition.Classes())
-        indexes += std::set(each.indexes.begin(), each.indexes.end()).size();
+        indexes += each.indexes.size();
     Require(SqlValue(path, "SELECT count(*) FROM sqlite_schema WHERE type='index' AND sql IS NOT NULL") ==
                 std::to_string(indexes),
             "every index of the definition stands in the store");
