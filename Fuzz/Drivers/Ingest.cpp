@@ -31,6 +31,10 @@ int TryIngest(const std::uint8_t* data, std::size_t size) {
     for (const auto& increment : increments)
         Refresh(place, increment);
     RequireGoodOrder(place, size);
+    const std::string counts = CountRecords(place.data);
+    Refresh(place, increments.back());
+    const std::string again = CountRecords(place.data);
+    Require(again == counts, "an increment that comes twice adds nothing: " + counts + "then " + again);
     return 0;
 }
 

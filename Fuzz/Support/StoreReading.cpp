@@ -4,10 +4,14 @@
 #include "Fuzz/Support/Require.h"
 #include "Host/Definitions.h"
 #include "MepDatabase/MepQbaseUtil.h"
+#include "MepDatabase/PackedLists.h"
 #include "MepDatabase/StoreSchema.h"
+#include "Qbase/Qbase.h"
 #include "TolmDataSet/ITolmDataSetFactory.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace tolmfuzz {
 namespace {
@@ -135,6 +139,39 @@ constexpr std::array kUnsound{
     Unsound{"SYS", "json_valid(ifnull(MaterialSerieIds,0))+json_valid(ifnull(CableSpecTypeIds,0))<2"},
 };
 
+bool IsFinite(const tolm::ProjectSettingPipeSize& size) {
+    return std::isfinite(size.nominalDiameter) && std::isfinite(size.outerDiameter) &&
+           std::isfinite(size.innerDiameter) && std::isfinite(size.thickness);
+}
+bool IsFinite(const tolm::ProjectSettingDuctSize& size) {
+    return std::isfinite(size.size) && std::isfinite(size.thickness);
+}
+bool IsFinite(const tolm::PackedFitting& fitting) {
+    return std::isfinite(fitting.min) && std::isfinite(fitting.max);
+}
+
+template <class Entry>
+void RequireFinite(CQbase& qb, const char* classCode, short attribute, const tolm::PackedLayout<Entry>& layout) {
+    for (bool more = qb.fetchFirstMember(classCode); more; more = qb.fetchNextMember()) {
+        CByteBuffer bytes;
+        int count = 0;
+        if (!qb.getBinaryArray(attribute, bytes, count))
+            continue;
+        const auto list = tolm::Unpack(layout, bytes.data(), count);
+        Require(std::ranges::all_of(list, [](const Entry& entry) { return IsFinite(entry); }),
+                "the numbers of a packed list are finite");
+    }
+}
+
+void RequireFiniteLists(const wstring& path) {
+    CQbase qb;
+    Require(qb.openDatabase(tolm::DataSetFilePath::TOLMDDQFilePath, path, false) && qb.lockForRead(),
+            "the store opens");
+    RequireFinite(qb, tolm::schema::kSizeModule, tolm::schema::kPipeSizeList, tolm::kPipeSizeLayout);
+    RequireFinite(qb, tolm::schema::kSizeModule, tolm::schema::kDuctSizeList, tolm::kDuctSizeLayout);
+    RequireFinite(qb, tolm::schema::kConnectionSerie, tolm::schema::kFittingList, tolm::kFittingLayout);
+}
+
 /// The conditions that records meet, "" for none, in one query.
 std::string UnsoundQuery() {
     std::string query = "SELECT group_concat(what) FROM (";
@@ -171,6 +208,15 @@ void RequireSound(const wstring& path) {
     Require(integrity == "ok", "the store is in order: " + integrity);
     const std::string unsound = SqlValue(path, query);
     Require(unsound.empty(), "no record holds what it may not: " + unsound);
+    RequireFiniteLists(path);
+}
+
+std::string CountRecords(const wstring& path) {
+    std::string counts;
+    for (const char* classCode : {"SYS", "COS", "MTS", "PSI", "SMS", "MSG", "CRT"})
+        counts +=
+            std::string(classCode) + " " + SqlValue(path, "SELECT count(*) FROM " + std::string(classCode)) + "; ";
+    return counts;
 }
 
 } // namespace tolmfuzz

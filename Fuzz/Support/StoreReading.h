@@ -17,4 +17,7 @@ std::string ReadLists(const wstring& path, const wstring& componentPath, std::si
 /// whole and no longer than a list may be.
 void RequireSound(const wstring& path);
 
+/// How many records each class has that a refresh fills.
+std::string CountRecords(const wstring& path);
+
 } // namespace tolmfuzz
