@@ -68,6 +68,17 @@ void AddPullOptions(CLI::App& app, Options& options) {
     app.add_flag("--discard", options.discard, "Throw local changes away and load the project whole");
 }
 
+void AddSyncOptions(CLI::App& app, Options& options) {
+    app.add_flag("--from-local", options.fromLocal,
+                 "Where the project has no settings yet: fill it from this dataset, not from the default template");
+    app.add_option("--attempts", options.attempts, "How often to try while others change the project at the same time")
+        ->check(CLI::Range(1, 100))
+        ->capture_default_str();
+    app.add_option("--pause", options.pause, "Seconds before the second attempt; each further pause is longer")
+        ->check(CLI::Range(0.0, 60.0))
+        ->capture_default_str();
+}
+
 void AddListOptions(CLI::App& app, Options& options) {
     AddWhat(app, options, ListableWords());
     AddKind(app, options);
@@ -125,6 +136,20 @@ constexpr Command kCommands[] = {
     {"info", "Show where a dataset stands", "tolm info office.db", RunInfo, AddNothing},
     {"compare", "Compare the dataset's version with the cloud's", "tolm compare office.db", RunCompare, AddNothing},
     {"pull", "Bring the dataset up to the cloud's version", "tolm pull office.db", RunPull, AddPullOptions},
+    {"sync", "Bring dataset and cloud to the same state, whatever that takes",
+     "tolm sync office.db\n  tolm sync office.db --json\n  tolm sync office.db --from-local\n\n"
+     "Pulls, pushes or merges, as 'tolm compare' finds it. In a merge the cloud wins where others changed the same\n"
+     "setting, and a new setting whose name the cloud has already gets a number behind it. At the end stands what "
+     "came\n"
+     "from the cloud, what went there, what was renamed, and which of your changes the cloud overrode. When others "
+     "send\n"
+     "changes at the same moment, it compares and tries again. Exit code 0 when both are the same, 1 when that "
+     "failed,\n"
+     "3 where going on would lose data or the service refuses a name that stands twice; your changes are kept then.",
+     RunSync, AddSyncOptions},
+    {"push", "Send the local changes to a cloud that has not moved on", "tolm push office.db", RunPush, AddNothing},
+    {"merge", "Merge the cloud's changes with the local ones, and send what remains", "tolm merge office.db", RunMerge,
+     AddNothing},
     {"list", "List materials, sizes, series, groups, systems or connections",
      "tolm list office.db sizes --kind plumbing-pipe", RunList, AddListOptions},
     {"show", "Show one record with all that it holds",

@@ -31,6 +31,10 @@ struct Options {
     bool discard = false;
     bool force = false;
 
+    bool fromLocal = false;
+    int attempts = 6;
+    double pause = 0.5; ///< seconds before the second attempt
+
     std::string kind;
     std::optional<std::string> name;
     std::optional<std::string> material;
@@ -50,6 +54,9 @@ void RunNew(const Options& options, Context& context);
 void RunInfo(const Options& options, Context& context);
 void RunCompare(const Options& options, Context& context);
 void RunPull(const Options& options, Context& context);
+void RunSync(const Options& options, Context& context);
+void RunMerge(const Options& options, Context& context);
+void RunPush(const Options& options, Context& context);
 void RunList(const Options& options, Context& context);
 void RunShow(const Options& options, Context& context);
 void RunUsedBy(const Options& options, Context& context);
