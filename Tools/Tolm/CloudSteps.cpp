@@ -58,9 +58,9 @@ std::vector<std::string> NameClashes(const std::wstring& datasetPath) {
     std::vector<std::string> lines;
     lines.reserve(findings.size());
     for (const Finding& finding : findings)
-        lines.push_back(StringUtil::ToString(WordOfClass(finding.classCode) +
-                                             (L" " + WithoutControls(finding.name) + L" (" + finding.id + L") ") +
-                                             finding.text));
+        lines.push_back(
+            WordOfClass(finding.classCode) +
+            StringUtil::ToString(L" " + WithoutControls(finding.name) + L" (" + finding.id + L") " + finding.text));
     return lines;
 }
 
