@@ -77,14 +77,14 @@ TEST_F(TwoUsers, ASettingThatBothRemovedIsNoConflict) {
 }
 
 TEST_F(TwoUsers, WhatCameIsToldByNewChangedAndGone) {
-    Expect(Ben("add", {"size", "--kind", "duct", "--name", "Spiral", "--row", "200,0.5"}));
+    Expect(Ben("add", {"size", "--kind", "conduit", "--name", "Spiral", "--row", "20,20,17.5,1.25"}));
     Expect(Ben("edit", {"size", "s1", "--roughness", "0.2"}));
     Expect(Ben("delete", {"size", "s2"}));
     BenSyncs();
     const auto json = AnnaSyncs();
     EXPECT_EQ(json.at("came").size(), 3U) << json.dump(2);
     EXPECT_EQ(EffectOn(json.at("came"), "Spiral").at("change"), "new");
-    EXPECT_EQ(EffectOn(json.at("came"), "Spiral").at("kind"), "duct");
+    EXPECT_EQ(EffectOn(json.at("came"), "Spiral").at("kind"), "conduit");
     EXPECT_EQ(EffectOn(json.at("came"), "Steel pipe").at("change"), "changed");
     EXPECT_EQ(EffectOn(json.at("came"), "Brass pipe").at("change"), "gone");
     ExpectTheSameSettings();
