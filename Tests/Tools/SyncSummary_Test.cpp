@@ -77,7 +77,7 @@ TEST_F(TwoUsers, ASettingThatBothRemovedIsNoConflict) {
 }
 
 TEST_F(TwoUsers, WhatCameIsToldByNewChangedAndGone) {
-    Expect(Ben("add", {"size", "--kind", "conduit", "--name", "Spiral", "--row", "20,20,17.5,1.25"}));
+    Expect(Ben("add", {"size", "--kind", "conduit", "--name", "Spiral", "--row", "20,20,17.5"}));
     Expect(Ben("edit", {"size", "s1", "--roughness", "0.2"}));
     Expect(Ben("delete", {"size", "s2"}));
     BenSyncs();
