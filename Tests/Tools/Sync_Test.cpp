@@ -161,6 +161,20 @@ TEST_F(TwoUsers, ADatasetOfUnknownVersionIsNotLoadedOverItsChanges) {
     EXPECT_EQ(ChangesOf(m_anna), 1U);
 }
 
+TEST_F(TwoUsers, ADatasetWhoseNotedChangesCannotBeReadIsNotSynchronised) {
+    Expect(Anna("edit", {"material", "m2", "--name", "Red brass"}));
+    std::ofstream(vorn::StringUtil::ToString(m_folder.File(L"anna_Status.db")))
+        << "these were changes once, and now it is some text that fills more than a header";
+    m_service.Apply("tower", kRenameBrass);
+    for (const char* command : {"sync", "merge", "push"}) {
+        const auto run = Anna(command);
+        EXPECT_EQ(run.code, Failed) << command;
+        EXPECT_TRUE(Contains(run.err, "cannot open")) << run.err;
+    }
+    EXPECT_EQ(VersionOf(m_ben), 1);
+    EXPECT_EQ(m_wire.Count("/api/DownloadVersion/"), 1);
+}
+
 TEST_F(EmptyProject, SyncFillsItFromTheDefaultTemplate) {
     OfferATemplate();
     const auto json = Synced(New("sync", {"--json"}));
@@ -193,6 +207,8 @@ TEST_F(EmptyProject, FromLocalMakesTheDatasetsSettingsTheProjectsFirstOnes) {
     const auto json = Synced(Anna("sync", {"--from-local", "--json"}));
     EXPECT_EQ(json.at("result"), "filled from this dataset");
     EXPECT_EQ(json.at("toVersion"), 1);
+    EXPECT_EQ(json.at("went").size(), 4U) << json.dump(2);
+    EXPECT_TRUE(json.at("came").empty()) << json.dump(2);
     EXPECT_EQ(Anna("compare", {"--json"}).Json().at("code"), 0);
     EXPECT_EQ(ChangesOf(m_anna), 0U);
     Expect(New("sync"));

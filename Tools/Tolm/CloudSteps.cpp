@@ -160,16 +160,12 @@ void FillFromTemplate(Workplace& place, const Comparison& comparison) {
                                 "this dataset's settings become the project's first ones");
 }
 
-StepResult FillFromDataset(Workplace& place, const Comparison& comparison) {
+void PrepareToFillFromDataset(Workplace& place) {
     if (NoteEverythingAsCreated(place.Path()) == 0)
         throw Failure("the dataset has no settings to fill the project with");
     // The numbers of another project mean nothing in this one.
     if (!place.Dataset().SetLocalVersion(0))
         FailWithMessages(place, "the dataset cannot be written");
-    StepResult result = Push(place, comparison);
-    if (result.done)
-        result.word = "filled from this dataset";
-    return result;
 }
 
 } // namespace tolmcli

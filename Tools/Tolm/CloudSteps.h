@@ -23,7 +23,8 @@ StepResult Push(Workplace& place, const Comparison& comparison);
 StepResult Merge(Workplace& place, const Comparison& comparison);
 /// Has the service fill the project with its default settings. The dataset is not touched.
 void FillFromTemplate(Workplace& place, const Comparison& comparison);
-/// Sends all of the dataset's settings as the project's first ones.
-StepResult FillFromDataset(Workplace& place, const Comparison& comparison);
+/// Notes all of the dataset's settings as created and forgets its version, so that the next push makes them the first
+/// ones of a project.
+void PrepareToFillFromDataset(Workplace& place);
 
 } // namespace tolmcli

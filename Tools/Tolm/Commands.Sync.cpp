@@ -84,9 +84,18 @@ StepResult TellWhyNotComparable(CloudRun& run, const Comparison& comparison) {
                   Refused);
 }
 
+StepResult FillFromDataset(CloudRun& run, const Comparison& comparison) {
+    PrepareToFillFromDataset(run.place);
+    run.before.changes = TakeSnapshot(run.place.Path()).changes;
+    StepResult result = Push(run.place, comparison);
+    if (result.done)
+        result.word = "filled from this dataset";
+    return result;
+}
+
 StepResult FillStep(CloudRun& run, const Comparison& comparison) {
     if (run.options.fromLocal)
-        return FillFromDataset(run.place, comparison);
+        return FillFromDataset(run, comparison);
     if (comparison.local > 0)
         throw Failure("the project has no settings in the cloud, but this dataset holds version " +
                           std::to_string(comparison.local) +
@@ -190,7 +199,7 @@ void Report(CloudRun& run, const std::string& word) {
     }
     Print(run.context.out, summary);
     for (const auto& fault : faults)
-        run.context.out << "not applied: " << fault << '\n';
+        run.context.out << "noticed: " << fault << '\n';
     run.context.out << static_cast<char>(std::toupper(word.front())) << word.substr(1);
     if (after.version > 0)
         run.context.out << "; the dataset holds version " << after.version;
