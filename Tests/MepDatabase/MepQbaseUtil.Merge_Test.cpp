@@ -366,8 +366,9 @@ TEST_F(Merge, AStoreThatIsInUseAtTheEndIsNotOverwritten) {
     const LockTimeout atOnce(0);
     CQbase reading;
     progress.onReport = [&](double percentage) {
-        if (percentage == 65)
+        if (percentage == 65) {
             EXPECT_TRUE(reading.openDatabase(ddq, statusPath, false) && reading.lockForRead());
+        }
     };
     EXPECT_FALSE(MergeFixture::Merge());
     EXPECT_EQ(TakeDebugWarnings(), Warnings{L"覆盖文件失败"});

@@ -1,9 +1,8 @@
-#include "MepDatabase/MergeLists.h"
 #include "StoreSupport/IngestFixture.h"
 #include "Support/ScriptedServer.h"
 #include "Support/TestSession.h"
 
-#include <gtest/gtest.h>
+#include "MepDatabase/MergeLists.h" // after the test framework, which the macro U would break
 
 namespace tolmtest {
 namespace {

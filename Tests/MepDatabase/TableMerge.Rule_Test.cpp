@@ -62,7 +62,7 @@ protected:
 
     /// Another record changes too, so that the table is not passed over.
     void PrepareCloud() {
-        CloudAdds(Kind(), L"other", L"other's name");
+        CloudAdds(Kind(), L"other", L"another name");
         switch (TheCell().cloud) {
         case CloudChange::None:
             break;
@@ -81,7 +81,7 @@ protected:
     void ExpectOutcome() {
         EXPECT_EQ(NameOf(Kind(), L"x"), TheCell().store);
         EXPECT_EQ(StatusOf(Kind(), L"x"), TheCell().status);
-        EXPECT_EQ(NameOf(Kind(), L"other"), L"other's name");
+        EXPECT_EQ(NameOf(Kind(), L"other"), L"another name");
         EXPECT_EQ(StatusOf(Kind(), L"other"), 0);
         EXPECT_EQ(TakeDebugWarningsWithFunction(), ExpectedWarnings());
     }
@@ -124,19 +124,19 @@ TEST_P(MergeCell, StandsInTheTableOfTheRule) {
     const Cell& cell = TheCell();
     const MergeOutcome outcome = tolm::OutcomeOf(cell.cloud, cell.local);
     const wstring store = cell.store;
-    if (cell.cloud == CloudChange::None)
-        EXPECT_EQ(outcome.holds, Holds::Local);
-    else
-        EXPECT_EQ(outcome.holds, store == L"gone" ? Holds::Nothing : Holds::Cloud);
+    const Holds winner = store == L"gone" ? Holds::Nothing : Holds::Cloud;
+    EXPECT_EQ(outcome.holds, cell.cloud == CloudChange::None ? Holds::Local : winner);
     const bool stays = cell.status != 0;
     EXPECT_EQ(outcome.note, stays ? Note::Stays : cell.local == LocalState::None ? Note::None : Note::Forgotten);
 }
 
+std::string NameOfCell(const testing::TestParamInfo<MergeCell::ParamType>& combination) {
+    const auto& [kind, cell] = combination.param;
+    return std::string(kind.name) + cell.name;
+}
+
 INSTANTIATE_TEST_SUITE_P(EachKind, MergeCell,
-                         testing::Combine(testing::ValuesIn(kMergedKinds), testing::ValuesIn(kCells)),
-                         [](const auto& info) {
-                             return std::string(std::get<0>(info.param).name) + std::get<1>(info.param).name;
-                         });
+                         testing::Combine(testing::ValuesIn(kMergedKinds), testing::ValuesIn(kCells)), NameOfCell);
 
 } // namespace
 } // namespace tolmtest

@@ -193,7 +193,7 @@ TEST_P(TableMergeOfKind, AnEditThatLostIsNotRenamed) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EachKind, TableMergeOfKind, testing::ValuesIn(kMergedKinds),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& kind) { return std::string(kind.param.name); });
 
 TEST_F(TableMerge, AnIdListedTwiceForgetsItsChangeOnce) {
     MakeConflict(serie);
