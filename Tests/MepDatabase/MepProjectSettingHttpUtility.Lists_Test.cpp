@@ -242,36 +242,30 @@ TEST_F(RecordLists, SendAnEditedMaterialWrappedAndGatherItBare) {
     EXPECT_EQ(sent.size(), 2U);
 }
 
+/// The first row that each family gathers with these flags.
+std::vector<value> GatheredRows(bool wrap, bool created) {
+    std::vector<value> targets(5);
+    std::vector<int> index(5);
+    auto& client = Client();
+    client.SendCreatedOrEditedSystemTypeList(targets[0], L"", {Shared(SystemType(L"a"))}, wrap, created);
+    client.SendCreatedOrEditedMEPMaterialSerieList(targets[1], L"", {Shared(Serie(L"a"))}, wrap, created);
+    client.SendCreatedOrEditedSizeModelList(targets[2], index[2], L"", {Shared(SizeModule(L"a", L"n"))}, wrap, created);
+    client.SendCreatedOrEditedMateriaList(targets[3], index[3], L"", {Shared(Material(L"a", L"n"))}, wrap, created);
+    client.SendCreatedOrEditedMaterieSerieGroupList(targets[4], index[4], L"", {Shared(Group(L"a"))}, wrap, created);
+    std::vector<value> rows;
+    for (const auto& target : targets)
+        rows.push_back(target.as_object().begin()->second.at(0));
+    return rows;
+}
+
 TEST_F(RecordLists, HandTheirFlagsToTheEncoder) {
-    const auto wrapped = [](const auto& gather) {
-        value target;
-        gather(target);
-        return target.as_object().begin()->second.at(0).has_field("data");
-    };
-    int index = 0;
-    for (const auto& [wrap, created] : {std::pair{true, true}, {true, false}, {false, true}, {false, false}}) {
-        index = 0;
-        EXPECT_EQ(wrapped([&](value& target) {
-                      Client().SendCreatedOrEditedSystemTypeList(target, L"", {Shared(SystemType(L"a"))}, wrap,
-                                                                 created);
-                  }),
-                  wrap && !created);
-        EXPECT_EQ(wrapped([&](value& target) {
-                      Client().SendCreatedOrEditedMEPMaterialSerieList(target, L"", {Shared(Serie(L"a"))}, wrap,
-                                                                       created);
-                  }),
-                  wrap && !created);
-        EXPECT_EQ(wrapped([&](value& target) {
-                      Client().SendCreatedOrEditedSizeModelList(target, index, L"", {Shared(SizeModule(L"a", L"n"))},
-                                                                wrap, created);
-                  }),
-                  wrap && !created);
-        index = 0;
-        EXPECT_EQ(wrapped([&](value& target) {
-                      Client().SendCreatedOrEditedMaterieSerieGroupList(target, index, L"", {Shared(Group(L"a"))}, wrap,
-                                                                        created);
-                  }),
-                  wrap && !created);
+    const auto bare = GatheredRows(false, true);
+    EXPECT_EQ(GatheredRows(false, false), bare);
+    EXPECT_EQ(GatheredRows(true, true), bare);
+    const auto wrapped = GatheredRows(true, false);
+    for (std::size_t at = 0; at < bare.size(); ++at) {
+        EXPECT_EQ(bare[at].at("ID"), value::string("a")) << at;
+        EXPECT_EQ(wrapped[at].at("data"), bare[at]) << at;
     }
 }
 
