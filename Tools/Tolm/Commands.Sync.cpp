@@ -147,7 +147,7 @@ constexpr Plan kPush{{{CompareVersionResult::NotComparable, TellWhyNotComparable
 /// Each plan has each result at its place.
 constexpr bool IsInOrder(const Plan& plan) {
     for (std::size_t i = 0; i < plan.size(); ++i) {
-        if (static_cast<int>(plan[i].result) + 1 != static_cast<int>(i))
+        if (IndexOf(plan[i].result) != i)
             return false;
     }
     return true;
@@ -159,7 +159,7 @@ StepResult Attempt(CloudRun& run, const Plan& plan) {
     const Comparison comparison = Compare(run.place);
     run.Say("Cloud version " + std::to_string(comparison.cloud) + ", local version " +
             std::to_string(comparison.local) + ": " + WordsOf(comparison.result).word);
-    return plan.at(static_cast<std::size_t>(static_cast<int>(comparison.result) + 1)).step(run, comparison);
+    return plan.at(IndexOf(comparison.result)).step(run, comparison);
 }
 
 std::string Seconds(std::chrono::milliseconds pause) {

@@ -22,7 +22,7 @@ constexpr std::array kResults{
     ResultWords{CompareVersionResult::CloudNotInitialised, "cloud not initialised",
                 "The project has no settings in the cloud yet: 'tolm sync' fills it."},
 };
-static_assert(kResults.size() == static_cast<std::size_t>(CompareVersionResult::CloudNotInitialised) + 2);
+static_assert(kResults.size() == IndexOf(CompareVersionResult::CloudNotInitialised) + 1);
 
 } // namespace
 
@@ -34,7 +34,7 @@ Comparison Compare(Workplace& place) {
 }
 
 const ResultWords& WordsOf(CompareVersionResult result) {
-    return kResults.at(static_cast<std::size_t>(static_cast<int>(result) + 1));
+    return kResults.at(IndexOf(result));
 }
 
 void PrintMessages(Workplace& place, std::ostream& out) {

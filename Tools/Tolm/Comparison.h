@@ -2,6 +2,7 @@
 
 #include "Tolm/Workplace.h"
 
+#include <cstddef>
 #include <iosfwd>
 #include <string>
 
@@ -18,6 +19,11 @@ struct Comparison {
 
 /// Asks the service. The place has to be connected.
 Comparison Compare(Workplace& place);
+
+/// Place of a result among all of them, from 0.
+constexpr std::size_t IndexOf(tolm::CompareVersionResult result) {
+    return static_cast<std::size_t>(result) - static_cast<std::size_t>(tolm::CompareVersionResult::NotComparable);
+}
 
 /// What a user calls a result, and what there is to do about it.
 struct ResultWords {
