@@ -5,6 +5,8 @@
 #include "Host/Session.h"
 #include "Support/Relay.h"
 
+#include <algorithm>
+
 namespace tolmtest {
 namespace {
 
