@@ -44,6 +44,12 @@ inline constexpr CloudEndpoint UseTemplateForDesktop{
     "POST", L"/api/useTemplateForDesktop/", Headers::SessionAndContentType, TimeOut::Configured, Address::BaseRequired};
 inline constexpr CloudEndpoint WorkunitUploadData{
     "POST", L"/api/workunit/uploadData", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
+inline constexpr CloudEndpoint CreateCombinations{
+    "POST", L"/api/CreateCombinations/", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
+inline constexpr CloudEndpoint EditCombinations{
+    "POST", L"/api/EditCombinations/", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
+inline constexpr CloudEndpoint RemoveCombinations{
+    "POST", L"/api/RemoveCombinations/", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
 // clang-format on
 
 } // namespace CloudEndpoints
