@@ -92,13 +92,14 @@ struct Written {
     Templates created;
     Templates edited;
 
-    void Write(StoreFrame& store, const Template& circuitTemplate) {
+    bool Write(StoreFrame& store, const Template& circuitTemplate) {
         const auto target = store.FetchOrCreate(schema::kCircuitTemplate, IdOf(circuitTemplate));
         if (!target)
-            return;
+            return false;
         WriteAttributes(*store, circuitTemplate, CircuitTemplateAttributes());
         store->saveRec();
         (target->status == ChangeStatus::Created ? created : edited).push_back(&circuitTemplate);
+        return true;
     }
 };
 
@@ -148,11 +149,14 @@ bool MepQbaseUtil::WriteCircuitTemplateList(wstring filePath, wstring ddqFilePat
     if (!store.Open(filePath, ddqFilePath, StoreAccess::Write))
         return false;
     Written written;
+    bool whole = true;
     for (const Template* circuitTemplate : circuitTemplateList) {
-        if (circuitTemplate == nullptr)
+        if (circuitTemplate == nullptr) {
             VORN_DEBUG_WARN(L"circuitTemplate为空");
-        else
-            written.Write(store, *circuitTemplate);
+        } else if (!written.Write(store, *circuitTemplate)) {
+            VORN_DEBUG_WARN(L"createRec 失败");
+            whole = false;
+        }
     }
     if (!store.Close())
         return false;
@@ -164,7 +168,7 @@ bool MepQbaseUtil::WriteCircuitTemplateList(wstring filePath, wstring ddqFilePat
     const wstring projectId = pProjectSetting->GetWorkingProjectId();
     if (!projectId.empty() && Send(projectId, written))
         TellSuccess(L"修改回路模板成功！");
-    return true;
+    return whole;
 }
 
 bool MepQbaseUtil::DeleteCircuitTemplateList(wstring filePath, wstring ddqFilePath, Templates circuitTemplateList) {
