@@ -2,7 +2,6 @@
 
 #include "Host/Categories.h"
 #include "Host/Components.h"
-#include "MepDataSetInterface/AvailableLater.h"
 
 namespace {
 
@@ -99,16 +98,6 @@ TEST_F(Products, ComponentIdentifiersAreChangedInTheComponentDatabase) {
     const auto found = dataset->GetProjectProductList({L"tee"});
     EXPECT_EQ(found.at(L"tee")[0]->GetId(), L"c-9");
     EXPECT_EQ(found.at(L"tee")[0]->GetComponentTypeId(), L"t-9");
-}
-
-TEST_F(Products, CombinedOnesAreBroughtByALaterVersion) {
-    EXPECT_FALSE(dataset->AddCombinedComponents(L"target", {TolmCombinedProduct{}}));
-    EXPECT_FALSE(dataset->RemoveCombinedComponents(L"key", L"target", {L"p"}));
-    Warnings expected;
-    for (const wchar_t* operation : {L"AddCombinedComponents", L"RemoveCombinedComponents"})
-        expected.push_back(wstring(L"TolmDataset::") + operation + L": " + kAvailableLater);
-    EXPECT_EQ(TakeDebugWarningsWithFunction(), expected);
-    EXPECT_FALSE(Exists(combinedPath));
 }
 
 TEST_F(Products, ComponentIdentifiersOfFittingsInAStoreThatIsNotThereAreNotReplaced) {
