@@ -1,8 +1,8 @@
-#include "MepDatabase/Encoders.h"
-
 #include "Platform/Support/ComponentSamples.h"
 #include "StoreSupport/CircuitTemplates.h"
 #include "Support/DebugWarnings.h"
+
+#include "MepDatabase/Encoders.h" // after the test framework, which its macro U would break
 
 #include <limits>
 #include <set>
