@@ -1,5 +1,5 @@
-#include "Abi/Golden.h"
 #include "Abi/RunCommand.h"
+#include "Support/Golden.h"
 
 #include <gtest/gtest.h>
 
@@ -39,11 +39,11 @@ std::string StrongSymbols(const std::string& library) {
 }
 
 TEST(Abi, TheDatasetExportsTheSymbolsOfItsGoldenFile) {
-    ExpectGolden("TolmDataSet.txt", StrongSymbols(TOLM_DATASET_LIBRARY));
+    ExpectGolden("Abi/TolmDataSet.txt", StrongSymbols(TOLM_DATASET_LIBRARY), "The binary interface");
 }
 
 TEST(Abi, ThePlatformExportsTheSymbolsOfItsGoldenFile) {
-    ExpectGolden("TolmPlatform.txt", StrongSymbols(TOLM_PLATFORM_LIBRARY));
+    ExpectGolden("Abi/TolmPlatform.txt", StrongSymbols(TOLM_PLATFORM_LIBRARY), "The binary interface");
 }
 
 TEST(Abi, NoSymbolKeepsALibraryFromBeingUnloaded) {

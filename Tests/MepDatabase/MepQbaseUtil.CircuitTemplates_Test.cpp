@@ -22,7 +22,8 @@ protected:
     bool Write(TemplatePtr circuit) { return util.WriteCircuitTemplateList(path, ddq, {circuit.get()}); }
     std::vector<TemplatePtr> Read() {
         std::vector<TemplatePtr> list;
-        EXPECT_EQ(util.ReadCircuitTemplateList(path, ddq, list), !list.empty());
+        const bool found = util.ReadCircuitTemplateList(path, ddq, list);
+        EXPECT_EQ(found, !list.empty());
         return list;
     }
     std::vector<wstring> Ids() {

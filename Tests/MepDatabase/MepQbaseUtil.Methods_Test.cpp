@@ -72,17 +72,20 @@ class MethodStorage : public StoreFixture {
 protected:
     std::vector<DataSetBalancingMethod> BalancingOf(MEPDisciplineId discipline) {
         std::vector<DataSetBalancingMethod> list(1); // a read replaces it
-        EXPECT_EQ(util.readBalancingMethodList(path, ddq, discipline, list), !list.empty());
+        const bool found = util.readBalancingMethodList(path, ddq, discipline, list);
+        EXPECT_EQ(found, !list.empty());
         return list;
     }
     std::vector<DataSetInsulationSerie> InsulationOf(MEPDisciplineId discipline, TolmInsulationSerieType type) {
         std::vector<DataSetInsulationSerie> list(1);
-        EXPECT_EQ(util.readInsulationSerieList(path, ddq, discipline, type, list), !list.empty());
+        const bool found = util.readInsulationSerieList(path, ddq, discipline, type, list);
+        EXPECT_EQ(found, !list.empty());
         return list;
     }
     std::vector<DataSetSizingMethod> SizingOf(TolmSizingMethodType type) {
         std::vector<DataSetSizingMethod> list(1);
-        EXPECT_EQ(util.readSizingMethodList(path, ddq, type, list), !list.empty());
+        const bool found = util.readSizingMethodList(path, ddq, type, list);
+        EXPECT_EQ(found, !list.empty());
         return list;
     }
 };

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "TolmDataSet/MepEnums.h"
-#include "TolmDataSet/SmallRecords.h"
+// The records come before the JSON library, which has a macro of the name __int64.
+#include "TolmDataSet/IProjectSettingMEPMaterialSerie.h"
+#include "TolmDataSet/IProjectSettingSystemType.h"
 
 #include <cpprest/json.h>
 
@@ -10,11 +11,6 @@
 
 namespace tolm {
 
-class IProjectSettingMEPMaterialSerie;
-class IProjectSettingMEPMaterialSerieGroup;
-class IProjectSettingMaterial;
-class IProjectSettingSizeModule;
-class IProjectSettingSystemType;
 class ITolmProjectSettingCircuitTemplate;
 
 // The rows that go up to the settings service. Each encoder gives {"rows": [row, ...]} with one row for each record,
