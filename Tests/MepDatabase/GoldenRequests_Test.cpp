@@ -20,7 +20,7 @@ std::string Recorded(const ScriptedServer& server) {
     for (const auto& request : server.Requests())
         text += request.raw + "\n\n";
     text = std::regex_replace(text, std::regex("127\\.0\\.0\\.1:[0-9]+"), "127.0.0.1:PORT");
-    text = std::regex_replace(text, std::regex("(User-Agent: [a-z]+)/[0-9.]+"), "$1/VERSION");
+    text = std::regex_replace(text, std::regex("(User-Agent: ?[a-z]+)/[0-9.]+"), "$1/VERSION");
     return std::regex_replace(text, std::regex("\r\n"), "\n");
 }
 

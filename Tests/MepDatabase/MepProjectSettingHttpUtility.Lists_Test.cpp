@@ -196,11 +196,11 @@ TEST_F(RecordLists, GatherSizesMaterialsAndGroupsInOneArrayWithARunningIndex) {
     value target;
     int index = 0;
     Client().SendCreatedOrEditedSizeModelList(target, index, L"", SizeModules(), false, true);
-    EXPECT_EQ(index, 26);
+    EXPECT_EQ(index, 25);
     Client().SendCreatedOrEditedMateriaList(target, index, L"", Materials(), false, true);
-    EXPECT_EQ(index, 42);
+    EXPECT_EQ(index, 41);
     Client().SendCreatedOrEditedMaterieSerieGroupList(target, index, L"", Groups(), false, true);
-    EXPECT_EQ(index, 45);
+    EXPECT_EQ(index, 44);
     Lines expected = kSizeRows;
     for (const auto& lines : {MaterialRows(), kGroupRows})
         expected.insert(expected.end(), lines.begin(), lines.end());
