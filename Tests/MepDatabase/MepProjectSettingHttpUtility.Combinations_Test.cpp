@@ -68,8 +68,7 @@ TEST(CombinationCalls, SendWhatTheServiceKnows) {
         EXPECT_EQ(request.method, "POST");
         EXPECT_EQ(request.path, call.path);
         EXPECT_EQ(SessionHeaders(request), WithContentType);
-        ExpectGolden(std::string("Data/Requests/") + call.golden + ".txt",
-                     request.method + " " + request.path + "\n" + request.body + "\n", "the request");
+        ExpectGolden(std::string("Data/Requests/") + call.golden + ".txt", Recorded(server), "What goes over the wire");
     }
 }
 
