@@ -220,3 +220,10 @@ TEST_F(SharedExchange, AProductThatTheServiceRefusesStaysHereAndIsTold) {
     EXPECT_TRUE(Contains(run.err, "stored here, but the service did not take it")) << run.err;
     EXPECT_EQ(On("list", {"products", "--json"}).Json().size(), 1U);
 }
+
+TEST_F(SharedExchange, WithoutItsServiceNothingIsChanged) {
+    m_service.Restart(); // on another port
+    const auto run = On("import", {"templates", WriteFile(m_folder, "templates", kTemplates)});
+    EXPECT_EQ(run.code, Failed);
+    EXPECT_TRUE(On("list", {"templates", "--json"}).Json().empty());
+}
