@@ -98,6 +98,15 @@ TEST_F(Products, ComponentIdentifiersAreChangedInTheComponentDatabase) {
     const auto found = dataset->GetProjectProductList({L"tee"});
     EXPECT_EQ(found.at(L"tee")[0]->GetId(), L"c-9");
     EXPECT_EQ(found.at(L"tee")[0]->GetComponentTypeId(), L"t-9");
+    EXPECT_FALSE(Exists(path)) << "the fittings of the store are the host's to change";
+}
+
+TEST_F(Products, ComponentIdentifiersOfFittingsAreReplacedInTheStoreAlone) {
+    MakeStore();
+    EXPECT_TRUE(dataset->ReplaceFittingComponentId({{L"c-3", L"c-9"}}));
+    EXPECT_NE(dataset->GetLastUpdateTimePointString(), L"");
+    EXPECT_EQ(dataset->GetProjectProductList({L"tee"}).at(L"tee")[0]->GetId(), L"c-3");
+    EXPECT_FALSE(dataset->ReplaceFittingComponentId({}));
 }
 
 TEST_F(Products, ComponentIdentifiersOfFittingsInAStoreThatIsNotThereAreNotReplaced) {

@@ -311,7 +311,7 @@ TEST_F(SizingStorage, BytesBehindTheLastWholeStepArePassedOver) {
     ASSERT_TRUE(util.addSizingMethod(path, ddq, Sizing(L"s")));
     Sql(path, "update PSM set DimensionMethods = x'01000000003F000020C00200'");
     const auto list = SizingOf(TolmSizingMethodType::Duct);
-    EXPECT_LE(list.at(0).GetDimensionMethods().size(), 1U);
+    EXPECT_EQ(list.at(0).GetDimensionMethods(), (std::vector<DataSetDimensionMethodItem>{{1, 0.5F, -2.5F}}));
 }
 
 TEST_F(SizingStorage, AKindBeyondAShortKeepsItsLowSixteenBits) {

@@ -180,6 +180,8 @@ TEST_F(TwoHosts, ACombinedProductOfTheTerminalFormIsWholeWithTheOtherOnceItIsEdi
     ASSERT_EQ(ProductsOf(L"two").size(), 1U);
     EXPECT_EQ(ProductsOf(L"two")[0].Name, L"风机盘管");
     EXPECT_EQ(ProductsOf(L"two")[0].equipment.componentId, L"") << "a created product tells its name alone";
+    Pull(one);
+    EXPECT_EQ(ProductsOf(L"one")[0].equipment.componentId, L"") << "what the cloud has replaces what stands here";
     Use(one);
     EXPECT_TRUE(one.dataset.Api().AddCombinedComponents(kTerminalCode, {product}));
     PullAndCompare();

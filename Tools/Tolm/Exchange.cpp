@@ -5,6 +5,7 @@
 #include "Host/Components.h"
 #include "Host/Session.h"
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <utility>
@@ -294,10 +295,19 @@ void RemoveMethod(Workplace& place, const Json& record) {
     place.FailUnlessStored(deleted);
 }
 
-Json ReadProducts(Workplace& place) {
+std::vector<Product> StoredProducts(const Workplace& place) {
     std::vector<Product> products;
     if (!tolm::TolmComponentSqlUtil::ReadCombinedProductList(place.Settings().combinedProductFile, L"", products))
         throw Failure("the combined products could not be read");
+    return products;
+}
+
+bool IsStored(const std::vector<Product>& stored, const Product& product) {
+    return std::find(stored.begin(), stored.end(), product) != stored.end();
+}
+
+Json ReadProducts(Workplace& place) {
+    const auto products = StoredProducts(place);
     Json list = Json::array();
     for (const auto& product : products)
         list.push_back(ToJson(product, kProduct));
@@ -315,6 +325,10 @@ void WriteProducts(Workplace& place, const Json& records) {
     }
     for (const auto& [category, products] : byCategory) {
         const bool taken = place.Dataset().AddCombinedComponents(category, products);
+        const auto stored = StoredProducts(place);
+        for (const auto& product : products)
+            if (!IsStored(stored, product))
+                throw Failure("the products were not stored here");
         FailUnlessTaken(place, taken);
     }
     place.FailOnFaults("the products were not stored");
