@@ -130,6 +130,11 @@ void AddImportOptions(CLI::App& app, Options& options) {
     app.add_option("file", options.components, "JSON file of disciplines, categories and components")->required();
 }
 
+void AddFileOptions(CLI::App& app, Options& options) {
+    AddWhat(app, options, ExchangedWords(true));
+    app.add_option("file", options.file, "JSON file of the records")->required();
+}
+
 constexpr Command kCommands[] = {
     {"new", "Make an empty dataset and note where its settings come from",
      "tolm new office.db --server http://127.0.0.1:8080 --project office-tower --user anna", RunNew, AddNewOptions},
@@ -150,7 +155,7 @@ constexpr Command kCommands[] = {
     {"push", "Send the local changes to a cloud that has not moved on", "tolm push office.db", RunPush, AddNothing},
     {"merge", "Merge the cloud's changes with the local ones, and send what remains", "tolm merge office.db", RunMerge,
      AddNothing},
-    {"list", "List materials, sizes, series, groups, systems or connections",
+    {"list", "List materials, sizes, series, groups, systems, connections, templates, methods or products",
      "tolm list office.db sizes --kind plumbing-pipe", RunList, AddListOptions},
     {"show", "Show one record with all that it holds",
      "tolm show office.db size \"Copper tube\"\n  tolm show office.db series \"Copper, pressed\"", RunShow,
@@ -176,11 +181,18 @@ constexpr Command kCommands[] = {
      RunAdd, AddAddOptions},
     {"edit", "Change a material or a size table",
      "tolm edit office.db size \"Stainless DN15-20\" --remove-row 1 --row 25,28,25.6,1.2", RunEdit, AddEditOptions},
-    {"delete", "Delete materials, size tables, series or groups that nothing uses, or system types",
+    {"delete", "Delete materials, size tables, series or groups that nothing uses, or any other record",
      "tolm delete office.db size \"Stainless DN15-20\"\n"
      "  tolm delete office.db series \"Copper, pressed\" \"Copper, soldered\"\n"
      "  tolm delete office.db group \"Cold water\" --force",
      RunDelete, AddDeleteOptions},
+    {"export", "Write circuit templates, insulation series, sizing methods or combined products to a file",
+     "tolm export office.db templates templates.json", RunExport, AddFileOptions},
+    {"import", "Add or change what a file holds; templates and products go to the service at once",
+     "tolm import office.db templates templates.json\n\n"
+     "A record whose id stands is changed, any other is added. Without a service it stays in the dataset. A balancing\n"
+     "method that is stored here has no discipline by which it could be listed: there is no word for them.",
+     RunImport, AddFileOptions},
     {"import-components", "Fill the dataset's component database from a file",
      "tolm import-components office.db components.json", RunImportComponents, AddImportOptions},
 };
