@@ -7,6 +7,7 @@
 #include "MepDatabase/PackedLists.h"
 #include "MepDatabase/StoreSchema.h"
 #include "Qbase/Qbase.h"
+#include "TolmDataSet/DataSetMethods.h"
 #include "TolmDataSet/ITolmDataSetFactory.h"
 
 #include <algorithm>
@@ -110,6 +111,22 @@ void ReadNamesAndReferences(const Place& at, const Slice& slice) {
     Store().ReadMEPSerieRecordGuidListOfSystemType(at.path, at.definition, ids, references);
 }
 
+std::size_t CountCircuitTemplates(const Place& at) {
+    std::vector<vorn::OwnerPtr<tolm::ITolmProjectSettingCircuitTemplate>> list;
+    Store().ReadCircuitTemplateList(at.path, at.definition, list);
+    return list.size();
+}
+
+void ReadMethods(const Place& at, const Slice& slice) {
+    std::vector<tolm::DataSetBalancingMethod> balancing;
+    Store().readBalancingMethodList(at.path, at.definition, slice.discipline, balancing);
+    std::vector<tolm::DataSetInsulationSerie> insulation;
+    Store().readInsulationSerieList(at.path, at.definition, slice.discipline, tolm::TolmInsulationSerieType{},
+                                    insulation);
+    std::vector<tolm::DataSetSizingMethod> sizing;
+    Store().readSizingMethodList(at.path, at.definition, tolm::TolmSizingMethodType{}, sizing);
+}
+
 void ReadHeader(const Place& at) {
     bool hasLocalChanges = false;
     Store().GetLocalVersion(at.path, at.definition, hasLocalChanges);
@@ -198,6 +215,9 @@ std::string ReadLists(const wstring& path, const wstring& componentPath, std::si
     }
     ReadConnections(place, next());
     ReadNamesAndReferences(place, next());
+    if (std::to_string(CountCircuitTemplates(place)) != SqlValue(path, "SELECT count(*) FROM CRT"))
+        missed += "circuit templates; ";
+    ReadMethods(place, next());
     ReadHeader(place);
     return missed;
 }

@@ -9,6 +9,7 @@
 #include "MepDatabase/DatasetPaths.h"
 #include "MepDatabase/MepQbaseUtil.h"
 #include "Qbase/Qbase.h"
+#include "TolmDataSet/DataSetMethods.h"
 #include "TolmDataSet/ITolmDataSetFactory.h"
 #include "Vorn/Files.h"
 #include "Vorn/Text.h"
@@ -124,6 +125,7 @@ void Workshop::MakeStores() {
     Require(tolm::MepQbaseUtil::GetInstance()->SetLocalVersion(m_place.data, tolm::DataSetFilePath::TOLMDDQFilePath, 1),
             "the version is stamped");
     MakeLocalChanges();
+    MakeMethods();
     m_filled = ReadBytes(m_place.data);
     m_noted = ReadBytes(m_place.status);
     Require(!m_noted.empty(), "local changes stand beside the store");
@@ -154,6 +156,27 @@ void Workshop::MakeLocalChanges() const {
     ChangeFirstTwo(
         systems, [&](const auto* record) { return store.WriteSystemType(path, ddq, record); },
         [&](const auto& records) { return store.DeleteSystemTypeList(path, ddq, records); });
+}
+
+void Workshop::MakeMethods() const {
+    tolm::MepQbaseUtil& store = *tolm::MepQbaseUtil::GetInstance();
+    const std::wstring ddq = tolm::DataSetFilePath::TOLMDDQFilePath;
+    tolm::DataSetBalancingMethod balancing;
+    balancing.SetId(L"balancing");
+    tolm::DataSetInsulationSerie insulation;
+    insulation.SetId(L"insulation");
+    insulation.SetInsulationType(tolm::TolmInsulationSerieType::Duct);
+    insulation.SetDisciplineType(tolm::MEPDisciplineId::HVAC);
+    insulation.AddCircularSize({100, 0, 20});
+    insulation.AddRectSize({100, 100, 20});
+    tolm::DataSetSizingMethod sizing;
+    sizing.SetId(L"sizing");
+    sizing.SetMethodType(tolm::TolmSizingMethodType::Duct);
+    sizing.AddDimensionMethod({1, 2.5F, 3.5F});
+    Require(store.addBalancingMethod(m_place.data, ddq, balancing) &&
+                store.addInsulationSerie(m_place.data, ddq, insulation) &&
+                store.addSizingMethod(m_place.data, ddq, sizing),
+            "methods are stored");
 }
 
 const DatasetPlace& Workshop::Prepare(Begin begin) {

@@ -28,6 +28,7 @@ private:
     void MakeComponents() const;
     void MakeStores();
     void MakeLocalChanges() const;
+    void MakeMethods() const;
 
     tolmtest::TempFolder m_outer;
     DatasetPlace m_place;
