@@ -1,17 +1,22 @@
 #include "MepDataSetInterface/TolmProject.h"
 #include "Host/Definitions.h"
 #include "Host/Session.h"
-#include "MepDataSetInterface/AvailableLater.h"
 #include "MepDatabase/MepProjectSettingHttpUtility.h"
 #include "MepDatabase/MepQbaseUtil.h"
 #include "Vorn/DebugMessage.h"
 
+#include <tuple>
 #include <utility>
 
 namespace tolm {
 namespace {
 
 constexpr int kCloudNotInitialised = -1;
+
+/// What a query of the cloud's version gives when it fails is none.
+constexpr bool IsVersion(int version) {
+    return version >= 1;
+}
 
 CompareVersionResult CompareVersions(int cloudVersion, int localVersion, bool localChanged) {
     if (cloudVersion < localVersion)
@@ -72,14 +77,52 @@ bool TolmDataset::SendUpdateSettingDataInfo(const std::vector<wstring>& ids, int
         pSettings->GetWorkingProjectId(), pSettings->GetWorkingDatasetId(), ids, kind);
 }
 
-bool TolmDataset::SendModifiedDataToCloud(bool, vorn::IProgressReporter*) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmDataset::SendModifiedDataToCloud(bool flag, vorn::IProgressReporter* reporter) {
+    return MepQbaseUtil::GetInstance()->SendModifiedDataToCloud(
+        flag, reporter, m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath, m_componentFilePath, false);
 }
 
-bool TolmDataset::MergeDataAndSendModifiedData(wstring, vorn::IProgressReporter*, int&, int&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+/// Until the cloud stands still during one merge. The versions of before come back where the cloud's cannot be had,
+/// since the header says no other.
+bool TolmDataset::MergeDataAndSendModifiedData(wstring projectId, vorn::IProgressReporter* reporter, int& cloudVersion,
+                                               int& localVersion) {
+    if (reporter == nullptr) {
+        VORN_DEBUG_WARN(L"pProgressReporter为空");
+        return false;
+    }
+    const auto failWithVersionsOfBefore = [&, before = std::pair(cloudVersion, localVersion)] {
+        std::tie(cloudVersion, localVersion) = before;
+        return false;
+    };
+    bool pendingUpload = true; // the host has refreshed just now
+    for (bool stoodStill = false; !stoodStill;) {
+        if (!pendingUpload)
+            SyncDataFromCloud(false, nullptr, nullptr);
+        if (!MepQbaseUtil::GetInstance()->MergeCloudAndLocalDataset(
+                projectId, reporter, cloudVersion, localVersion, m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                m_combinedProductFilePath, m_binaryFileFolder, &pendingUpload)) {
+            VORN_DEBUG_WARN(L"mergeSucc 失败");
+            return false;
+        }
+        const int latest = GetCloudVersion(projectId);
+        if (!IsVersion(latest))
+            return failWithVersionsOfBefore();
+        stoodStill = latest == cloudVersion;
+        if (!stoodStill)
+            localVersion = std::exchange(cloudVersion, latest);
+    }
+    if (pendingUpload) {
+        if (!SendModifiedDataToCloud(false, nullptr)) {
+            VORN_DEBUG_WARN(L"bSucc 失败");
+            return false;
+        }
+        const int newVersion = GetCloudVersion(projectId);
+        if (!IsVersion(newVersion))
+            return failWithVersionsOfBefore();
+        cloudVersion = newVersion;
+    }
+    localVersion = cloudVersion;
+    return SetLocalVersion(cloudVersion);
 }
 
 } // namespace tolm

@@ -42,6 +42,14 @@ inline constexpr CloudEndpoint ReadProjectToTemplate{
     "POST", L"/api/ReadProjectToTemplate/", Headers::None, TimeOut::Library, Address::Whole};
 inline constexpr CloudEndpoint UseTemplateForDesktop{
     "POST", L"/api/useTemplateForDesktop/", Headers::SessionAndContentType, TimeOut::Configured, Address::BaseRequired};
+inline constexpr CloudEndpoint CreateList{
+    "POST", L"/api/CreateList/", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
+inline constexpr CloudEndpoint EditList{
+    "POST", L"/api/EditList/", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
+inline constexpr CloudEndpoint RemoveList{
+    "POST", L"/api/RemoveList/", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
+inline constexpr CloudEndpoint UpLoad{
+    "POST", L"/api/UpLoad/", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
 inline constexpr CloudEndpoint WorkunitUploadData{
     "POST", L"/api/workunit/uploadData", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
 // clang-format on

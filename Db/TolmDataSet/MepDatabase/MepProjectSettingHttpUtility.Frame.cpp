@@ -148,48 +148,4 @@ int TolmProjectSettingHttpUtility::GetRequestTimeOut() {
     return settings->GetRequestTimeOut();
 }
 
-wstring TolmProjectSettingHttpUtility::CircuitTemplateTable() {
-    return L"CircuitTemplate";
-}
-
-wstring TolmProjectSettingHttpUtility::ConfigTreeTable() {
-    return L"ConfigTree";
-}
-
-wstring TolmProjectSettingHttpUtility::PipeTypeTable() {
-    return L"PipeType";
-}
-
-wstring TolmProjectSettingHttpUtility::HVACPipeTypeTable() {
-    return L"HVACPipeType";
-}
-
-wstring TolmProjectSettingHttpUtility::DuctTypeTable() {
-    return L"DuctType";
-}
-
-wstring TolmProjectSettingHttpUtility::ConduitFittingsTypeTable() {
-    return L"ConduitFittingsType";
-}
-
-wstring TolmProjectSettingHttpUtility::CableTrayFittingsTypeTable() {
-    return L"CableTrayFittingsType";
-}
-
-wstring TolmProjectSettingHttpUtility::PipeSystemTypeTable() {
-    return L"PipeSystemType";
-}
-
-wstring TolmProjectSettingHttpUtility::HVACPipeSystemTypeTable() {
-    return L"HVACPipeSystemType";
-}
-
-wstring TolmProjectSettingHttpUtility::DuctSystemTypeTable() {
-    return L"DuctSystemType";
-}
-
-wstring TolmProjectSettingHttpUtility::ElectricalSystemTypeTable() {
-    return L"ElectricalSystemType";
-}
-
 } // namespace tolm

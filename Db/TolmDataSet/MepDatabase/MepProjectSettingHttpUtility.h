@@ -23,6 +23,23 @@ class IProjectSettingMaterial;
 class IProjectSettingSizeModule;
 class IProjectSettingSystemType;
 
+/// Names of the service's tables.
+namespace CloudTables {
+
+inline constexpr const wchar_t* CircuitTemplate = L"CircuitTemplate";
+inline constexpr const wchar_t* ConfigTree = L"ConfigTree";
+inline constexpr const wchar_t* PipeType = L"PipeType";
+inline constexpr const wchar_t* HVACPipeType = L"HVACPipeType";
+inline constexpr const wchar_t* DuctType = L"DuctType";
+inline constexpr const wchar_t* ConduitFittingsType = L"ConduitFittingsType";
+inline constexpr const wchar_t* CableTrayFittingsType = L"CableTrayFittingsType";
+inline constexpr const wchar_t* PipeSystemType = L"PipeSystemType";
+inline constexpr const wchar_t* HVACPipeSystemType = L"HVACPipeSystemType";
+inline constexpr const wchar_t* DuctSystemType = L"DuctSystemType";
+inline constexpr const wchar_t* ElectricalSystemType = L"ElectricalSystemType";
+
+} // namespace CloudTables
+
 /// The cloud client: the only place that talks to the settings service. Each operation is one blocking call on the
 /// caller's thread; it returns true only when the service answered 200 with the code "10000". One thread at a time.
 class TolmProjectSettingHttpUtility {
@@ -84,17 +101,17 @@ public:
     const wstring& UserId() const { return m_userId; }
 
     /// Names of the service's tables.
-    static wstring CircuitTemplateTable();
-    static wstring ConfigTreeTable();
-    static wstring PipeTypeTable();
-    static wstring HVACPipeTypeTable();
-    static wstring DuctTypeTable();
-    static wstring ConduitFittingsTypeTable();
-    static wstring CableTrayFittingsTypeTable();
-    static wstring PipeSystemTypeTable();
-    static wstring HVACPipeSystemTypeTable();
-    static wstring DuctSystemTypeTable();
-    static wstring ElectricalSystemTypeTable();
+    static wstring CircuitTemplateTable() { return CloudTables::CircuitTemplate; }
+    static wstring ConfigTreeTable() { return CloudTables::ConfigTree; }
+    static wstring PipeTypeTable() { return CloudTables::PipeType; }
+    static wstring HVACPipeTypeTable() { return CloudTables::HVACPipeType; }
+    static wstring DuctTypeTable() { return CloudTables::DuctType; }
+    static wstring ConduitFittingsTypeTable() { return CloudTables::ConduitFittingsType; }
+    static wstring CableTrayFittingsTypeTable() { return CloudTables::CableTrayFittingsType; }
+    static wstring PipeSystemTypeTable() { return CloudTables::PipeSystemType; }
+    static wstring HVACPipeSystemTypeTable() { return CloudTables::HVACPipeSystemType; }
+    static wstring DuctSystemTypeTable() { return CloudTables::DuctSystemType; }
+    static wstring ElectricalSystemTypeTable() { return CloudTables::ElectricalSystemType; }
 
 private:
     TolmProjectSettingHttpUtility() = default;

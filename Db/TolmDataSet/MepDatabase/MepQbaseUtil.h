@@ -214,6 +214,7 @@ private:
     std::vector<wstring> m_recoveredSystemTypeIds;
 
     friend class StoreFrame;
+    friend struct UploadReads;
     friend struct MepQbaseUtilTestAccess;
 };
 

@@ -49,11 +49,15 @@ std::int32_t WholeNumber(const web::json::value& value) {
 }
 
 double FiniteNumber(const web::json::value& value) {
-    return Clamped<double>(value.as_double());
+    return FiniteNumber(value.as_double());
 }
 
 float FiniteFloat(const web::json::value& value) {
     return FiniteFloat(value.as_double());
+}
+
+double FiniteNumber(double number) {
+    return Clamped<double>(number);
 }
 
 float FiniteFloat(double number) {
@@ -62,6 +66,11 @@ float FiniteFloat(double number) {
 
 std::int32_t ClampToInt32(double number) {
     return Clamped<std::int32_t>(number);
+}
+
+std::int64_t ClampToInt64(double number) {
+    constexpr double Beyond = 0x1p63; // the largest value has no double of its own
+    return number >= Beyond ? std::numeric_limits<std::int64_t>::max() : Clamped<std::int64_t>(number);
 }
 
 web::json::value JsonText(std::wstring_view text) {

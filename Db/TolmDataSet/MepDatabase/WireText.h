@@ -29,8 +29,10 @@ double FiniteNumber(const web::json::value& value);
 float FiniteFloat(const web::json::value& value);
 
 /// `number` within the range of the type; NaN is 0.
+double FiniteNumber(double number);
 float FiniteFloat(double number);
 std::int32_t ClampToInt32(double number);
+std::int64_t ClampToInt64(double number);
 
 web::json::value JsonText(std::wstring_view text);
 /// An array of strings, in the order of the list.
