@@ -135,7 +135,7 @@ void GiveWireValues(const json& edit, tolm::IProjectSettingSizeModule& sizes) {
 }
 
 /// A tray table keeps its shape.
-void GiveTrayValues(const ITolmDataset& dataset, tolm::IProjectSettingSizeModule& sizes) {
+void GiveTrayValues(ITolmDataset& dataset, tolm::IProjectSettingSizeModule& sizes) {
     const auto* before = Find(dataset.GetSizeModuleData()->GetSizeList(), sizes.GetId());
     if (before != nullptr)
         sizes.SetCableTrayShape(before->GetCableTrayShape());
@@ -204,7 +204,7 @@ void GiveConnection(ITolmDataset& dataset, const Slice& slice, const json& edit,
     serie.SetConnectionSerie(connection);
 }
 
-void GiveGroup(const ITolmDataset& dataset, const json& edit, tolm::IProjectSettingMEPMaterialSerie& serie) {
+void GiveGroup(ITolmDataset& dataset, const json& edit, tolm::IProjectSettingMEPMaterialSerie& serie) {
     const auto groups = dataset.GetMEPMaterialSerieData()->GetSerieGroupList();
     for (auto id : Links(edit)) {
         if (const auto* group = Find(groups, id)) {
