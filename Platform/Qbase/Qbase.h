@@ -19,6 +19,7 @@ enum class QbaseError : short {
     Doomed = 8,             ///< an earlier failure dooms the handle: nothing of its transaction is kept
     Disk = 9,               ///< the file system reported a failure
     WrongState = 10,        ///< not open, open already, or no current record
+    Changed = 11,           ///< a store changed since it was copied
 };
 
 /// A handle on one object-database file.
@@ -157,6 +158,45 @@ public:
     static bool copyStore(const std::wstring& source, const std::wstring& target);
     /// Removes a store together with its journal. True when none stands there afterwards.
     static bool removeStore(const std::wstring& filePath);
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+/// Two stores that are worked on as copies and take over in the end, in one commit, what the copies hold.
+///
+/// Between `make` and `putBack` the stores are free for everybody: nothing is locked, and a change that somebody
+/// makes meanwhile is never overwritten. The object is used from one thread at a time; it owns neither stores nor
+/// copies. No operation throws.
+class TOLM_PLATFORM_API CQbaseWorkingCopies {
+public:
+    /// A store and where its copy stands.
+    struct Pair {
+        std::wstring store;
+        std::wstring copy;
+    };
+
+    CQbaseWorkingCopies();
+    /// Lets go of the stores; the copies stay.
+    ~CQbaseWorkingCopies();
+    CQbaseWorkingCopies(const CQbaseWorkingCopies&) = delete;
+    CQbaseWorkingCopies& operator=(const CQbaseWorkingCopies&) = delete;
+
+    /// Copies both stores, each over the file at its `copy`, while both are locked for reading: the copies are of one
+    /// moment. A file that will not open as a store is copied byte by byte, so that the opening of its copy tells
+    /// what is wrong with it; then nothing can be put back. False when a file cannot be copied or a lock not be had.
+    bool make(const Pair& first, const Pair& second);
+
+    /// Gives both stores the contents of their copies, numbers and order of the records included, in one commit: a
+    /// crash at any moment leaves both as they were or both new. The copies must be closed; they stay. What is equal
+    /// is not written again. False, and both stores as they were, when a store changed or is another file since
+    /// `make` (`QbaseError::Changed`), when a lock is not to be had, or when a copy is no store. After it, whatever it
+    /// returned, nothing can be put back until the next `make`.
+    bool putBack();
+
+    /// Code of the last failure; `QbaseError::None` after a success.
+    short getLastError() const;
 
 private:
     class Impl;

@@ -2,7 +2,6 @@
 
 #include "Host/Categories.h"
 #include "Host/Components.h"
-#include "MepDataSetInterface/AvailableLater.h"
 #include "Support/ScriptedServer.h"
 #include "Support/TestSession.h"
 #include "Vorn/Files.h"
@@ -255,16 +254,6 @@ TEST_F(Cloud, AChangeNoticeNamesProjectAndWorkUnitOfTheSession) {
 TEST_F(Cloud, AChangeNoticeWithoutASessionIsReported) {
     EXPECT_FALSE(dataset->SendUpdateSettingDataInfo({L"a"}, 1));
     EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"TolmDataset::SendUpdateSettingDataInfo: pSettings为空"}));
-}
-
-TEST_F(Cloud, UploadAndMergeAreBroughtByALaterVersion) {
-    int cloud = 1;
-    int local = 1;
-    EXPECT_FALSE(dataset->SendModifiedDataToCloud(true, nullptr));
-    EXPECT_FALSE(dataset->MergeDataAndSendModifiedData(L"P1", nullptr, cloud, local));
-    EXPECT_EQ(TakeDebugWarningsWithFunction(),
-              (Warnings{wstring(L"TolmDataset::SendModifiedDataToCloud: ") + kAvailableLater,
-                        wstring(L"TolmDataset::MergeDataAndSendModifiedData: ") + kAvailableLater}));
 }
 
 } // namespace

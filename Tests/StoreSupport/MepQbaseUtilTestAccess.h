@@ -3,6 +3,7 @@
 #include "MepDatabase/MepQbaseUtil.h"
 
 #include <utility>
+#include <vector>
 
 namespace tolm {
 
@@ -16,6 +17,9 @@ struct MepQbaseUtilTestAccess {
                                   short mepType, short disciplineId) {
         return MepQbaseUtil::GetInstance()->RecordLocalChange(std::move(filePath), std::move(ddqFilePath), classCode,
                                                               std::move(id), status, mepType, disciplineId);
+    }
+    static std::vector<wstring>& RecoveredSystemTypeIds() {
+        return MepQbaseUtil::GetInstance()->m_recoveredSystemTypeIds;
     }
 };
 

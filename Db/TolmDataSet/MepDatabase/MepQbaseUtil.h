@@ -154,6 +154,26 @@ public:
     bool MergeCloudAndLocalDataset(wstring projectId, vorn::IProgressReporter* progress, int cloudVersion,
                                    int localVersion, wstring datasetFilePath, wstring templateFilePath,
                                    wstring combinedProductFilePath, wstring binaryFileFolder, bool* pendingUpload);
+    /// Brings the cloud's changes of one table into an open data store and forgets the local changes that lose, in an
+    /// open status store. `add` and `del` are the two halves of the increment. False where a unit of work was spoilt:
+    /// what it applied until then stays.
+    bool MergeOneTableData(const web::json::value& add, const web::json::value& del, CQbase* qb, CQbase* statusQb,
+                           const char* classCode, wstring key, short mepType, short disciplineId);
+    /// The same for one group of "ConfigTree"; the maps are those of `GetCloudChangedConfigTreeIdLists`.
+    bool MergeSizeTable(const web::json::value& add, const web::json::value& del, CQbase* qb, CQbase* statusQb,
+                        wstring key, short mepType, short disciplineId, const char* classCode,
+                        const std::map<wstring, std::vector<wstring>>& added,
+                        const std::map<wstring, std::vector<wstring>>& deleted,
+                        const std::map<wstring, std::vector<wstring>>& modified);
+    /// The same for a group that holds materials and their size tables.
+    bool MergePipeSizeTable(const web::json::value& add, const web::json::value& del, CQbase* qb, CQbase* statusQb,
+                            wstring key, short disciplineId, const std::map<wstring, std::vector<wstring>>& added,
+                            const std::map<wstring, std::vector<wstring>>& deleted,
+                            const std::map<wstring, std::vector<wstring>>& modified);
+    /// Takes the cloud's circuit templates, combined products and binary files as they are. The status store is not
+    /// looked at.
+    bool MergeOtherContent(const web::json::value& add, const web::json::value& del, CQbase* qb, CQbase* statusQb,
+                           wstring combinedProductFilePath, wstring binaryFileFolder);
     /// Sends every noted local change, as one patch or, with `tableByTable`, class by class, and removes the status
     /// store after the service has taken them. True also when there is nothing to send.
     bool SendModifiedDataToCloud(bool writeTimePoint, vorn::IProgressReporter* progress, wstring datasetFilePath,

@@ -1,0 +1,213 @@
+#include "Qbase/ConnectionInternal.h"
+#include "Qbase/Qbase.h"
+#include "Qbase/SchemaInternal.h"
+#include "Qbase/StoreFileInternal.h"
+#include "Qbase/StoreReplaceInternal.h"
+#include "Vorn/Files.h"
+#include "Vorn/Text.h"
+
+#include <array>
+#include <optional>
+
+using qbase::Connection;
+using qbase::LockKind;
+using qbase::LockRegistry;
+using qbase::SqlFailure;
+using qbase::StoreFileKind;
+
+namespace {
+
+using Pair = CQbaseWorkingCopies::Pair;
+
+struct Paths {
+    std::string store;
+    std::string copy;
+};
+
+bool IsStore(StoreFileKind kind) {
+    return kind == StoreFileKind::Store || kind == StoreFileKind::Unsettled;
+}
+
+sqlite3_int64 DataVersion(Connection& connection, const std::string& schema) {
+    return connection.Query("PRAGMA " + qbase::Quoted(schema) + ".data_version");
+}
+
+/// Copies a file that may be a store or not.
+bool CopyAnyway(const Pair& pair) {
+    return CQbase::copyStore(pair.store, pair.copy) || vorn::FileUtility::Copy(pair.store, pair.copy);
+}
+
+bool AreDifferent(const std::array<Paths, 2>& paths) {
+    const std::string* const all[] = {&paths[0].store, &paths[0].copy, &paths[1].store, &paths[1].copy};
+    for (std::size_t i = 0; i < std::size(all); ++i) {
+        for (std::size_t k = i + 1; k < std::size(all); ++k) {
+            const auto identity = qbase::IdentityOf(*all[i]);
+            if (*all[i] == *all[k] || (identity && identity == qbase::IdentityOf(*all[k])))
+                return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+/// One connection has both stores open from the copying to the end: it is told by SQLite when a file changed.
+class CQbaseWorkingCopies::Impl {
+public:
+    QbaseError Make(const Pair& first, const Pair& second);
+    QbaseError PutBack();
+
+    /// Runs an operation and lets go of the stores where it fails.
+    template <class Operation> bool Run(Operation operation) noexcept {
+        try {
+            m_lastError = operation();
+        } catch (const SqlFailure& failure) {
+            m_lastError = qbase::ErrorOf(failure.code);
+        } catch (const std::exception&) { // memory ran out
+            m_lastError = QbaseError::Disk;
+        }
+        if (m_lastError != QbaseError::None)
+            m_connection.reset();
+        return m_lastError == QbaseError::None;
+    }
+    short LastError() const { return static_cast<short>(m_lastError); }
+
+private:
+    struct Store {
+        Paths paths;
+        Connection::File* file = nullptr; ///< of the connection
+        sqlite3_int64 version = 0;        ///< of its content when it was copied
+    };
+
+    bool AnyHeldByThisThread() const;
+    bool AreStores();
+    bool OpenBoth();
+    QbaseError CopyBoth();
+    bool HaveChanged();
+    QbaseError Replace(const Store& store);
+
+    QbaseError m_lastError = QbaseError::None;
+    std::optional<Connection> m_connection;
+    std::array<Store, 2> m_stores;
+};
+
+QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second) {
+    m_connection.reset();
+    for (const auto* path : {&first.store, &first.copy, &second.store, &second.copy}) {
+        if (!qbase::IsPath(*path))
+            return QbaseError::BadArgument;
+    }
+    const std::array<Paths, 2> paths{{{qbase::WholePath(first.store), qbase::WholePath(first.copy)},
+                                      {qbase::WholePath(second.store), qbase::WholePath(second.copy)}}};
+    if (!AreDifferent(paths))
+        return QbaseError::BadArgument;
+    m_stores = {Store{paths[0]}, Store{paths[1]}};
+    if (AnyHeldByThisThread())
+        return QbaseError::Locked;
+    if (AreStores() && OpenBoth())
+        return CopyBoth();
+    m_connection.reset();
+    return CopyAnyway(first) && CopyAnyway(second) ? QbaseError::None : QbaseError::Disk;
+}
+
+bool CQbaseWorkingCopies::Impl::AnyHeldByThisThread() const {
+    for (const auto& store : m_stores) {
+        const auto identity = qbase::IdentityOf(store.paths.store);
+        if (identity && LockRegistry::WouldWaitForItself(*identity, LockKind::Read, nullptr))
+            return true;
+    }
+    return false;
+}
+
+bool CQbaseWorkingCopies::Impl::AreStores() {
+    qbase::Waiter waiter;
+    return IsStore(qbase::Examine(m_stores[0].paths.store, waiter)) &&
+           IsStore(qbase::Examine(m_stores[1].paths.store, waiter));
+}
+
+/// False when one of them turns out to be no store. Both are locked for reading otherwise.
+bool CQbaseWorkingCopies::Impl::OpenBoth() {
+    try {
+        m_connection.emplace(m_stores[0].paths.store, false);
+        m_stores[0].file = &m_connection->Main();
+        m_stores[1].file = &m_connection->Attach(m_stores[1].paths.store, false);
+        m_connection->Begin(LockKind::Read);
+        for (const auto& store : m_stores) {
+            if (qbase::CheckMark(*m_connection, store.file->schema) != QbaseError::None)
+                return false;
+        }
+        return true;
+    } catch (const SqlFailure& failure) {
+        if (qbase::ErrorOf(failure.code) != QbaseError::NotAStore)
+            throw;
+        return false;
+    }
+}
+
+QbaseError CQbaseWorkingCopies::Impl::CopyBoth() {
+    if (m_connection->AnyMoved())
+        return QbaseError::NotFound;
+    for (auto& store : m_stores) {
+        qbase::CopyFile(m_connection->Get(), store.file->schema, store.paths.copy);
+        store.version = DataVersion(*m_connection, store.file->schema);
+    }
+    m_connection->Rollback();
+    return QbaseError::None;
+}
+
+QbaseError CQbaseWorkingCopies::Impl::PutBack() {
+    if (!m_connection)
+        return QbaseError::WrongState;
+    m_connection->Waiting().Start();
+    if (m_connection->WouldWaitForItself(LockKind::Update))
+        return QbaseError::Locked;
+    m_connection->Begin(LockKind::Update);
+    if (HaveChanged())
+        return QbaseError::Changed;
+    m_connection->Register();
+    for (const auto& store : m_stores) {
+        if (const auto error = Replace(store); error != QbaseError::None)
+            return error;
+    }
+    m_connection->Commit();
+    m_connection.reset();
+    return QbaseError::None;
+}
+
+bool CQbaseWorkingCopies::Impl::HaveChanged() {
+    if (m_connection->AnyMoved())
+        return true;
+    for (const auto& store : m_stores) {
+        if (DataVersion(*m_connection, store.file->schema) != store.version)
+            return true;
+    }
+    return false;
+}
+
+QbaseError CQbaseWorkingCopies::Impl::Replace(const Store& store) {
+    const auto identity = qbase::IdentityOf(store.paths.copy);
+    if (!identity)
+        return QbaseError::NotFound;
+    if (LockRegistry::WouldWaitForItself(*identity, LockKind::Update, &*m_connection))
+        return QbaseError::Locked;
+    const Connection::File& copy = m_connection->Attach(store.paths.copy, false);
+    if (const auto error = qbase::CheckMark(*m_connection, copy.schema); error != QbaseError::None)
+        return error;
+    qbase::ReplaceContent(*m_connection, store.file->schema, copy.schema);
+    return QbaseError::None;
+}
+
+CQbaseWorkingCopies::CQbaseWorkingCopies() : m_impl(std::make_unique<Impl>()) {}
+CQbaseWorkingCopies::~CQbaseWorkingCopies() = default;
+
+bool CQbaseWorkingCopies::make(const Pair& first, const Pair& second) {
+    return m_impl->Run([&] { return m_impl->Make(first, second); });
+}
+
+bool CQbaseWorkingCopies::putBack() {
+    return m_impl->Run([&] { return m_impl->PutBack(); });
+}
+
+short CQbaseWorkingCopies::getLastError() const {
+    return m_impl->LastError();
+}
