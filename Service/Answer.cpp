@@ -26,7 +26,6 @@ constexpr std::array kAnswers{
     AnswerRow{Answer::TooLarge, "41300", 413, "the request is too large"},
     AnswerRow{Answer::UnsupportedMedia, "41500", 415, "the body has to be JSON"},
     AnswerRow{Answer::Internal, "50000", 500, "the service has met a fault of its own; its log tells more"},
-    AnswerRow{Answer::NotServed, "50100", 501, "this call is not served yet"},
 };
 
 constexpr bool InOrder() {
@@ -34,7 +33,7 @@ constexpr bool InOrder() {
         if (kAnswers[i].answer != static_cast<Answer>(i))
             return false;
     }
-    return kAnswers.size() == static_cast<std::size_t>(Answer::NotServed) + 1;
+    return kAnswers.size() == static_cast<std::size_t>(Answer::Internal) + 1;
 }
 static_assert(InOrder(), "one row for each answer, in the order of the enumeration");
 

@@ -26,7 +26,6 @@ enum class Answer {
     TooLarge,
     UnsupportedMedia,
     Internal,
-    NotServed,
 };
 
 struct AnswerRow {

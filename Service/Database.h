@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <mutex>
+#include <set>
 #include <string>
 
 namespace soci {
@@ -18,8 +20,9 @@ class Database {
 public:
     using Work = std::function<void(soci::session&)>;
 
-    /// Opens the database and makes the tables that it lacks.
-    Database(const std::string& target, std::size_t connections);
+    /// Opens the database and makes the tables that it lacks. Where transactions follow one another, each waits this
+    /// many seconds for another process's.
+    Database(const std::string& target, std::size_t connections, int patience = 30);
     ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
@@ -29,14 +32,23 @@ public:
     /// Runs the work as one transaction: kept as a whole when the work returns, dropped when it throws. Works of this
     /// kind follow one another where the database knows no finer way.
     void Write(const Work& work);
+    /// The same, unless other work under this name is under way, by whichever process: then it does nothing, at once,
+    /// and returns false. So it does when the database stays locked.
+    bool TryWrite(const std::string& name, const Work& work);
 
 private:
-    void Open(const std::string& target, std::size_t connections);
+    class NameInUse;
+
+    void Open(const std::string& target, std::size_t connections, int patience);
     void MakeTables();
-    void Transact(const char* begin, const Work& work);
+    bool TryTransact(const char* begin, const Work& work);
+    bool TryBegin(soci::session& session, const char* begin) const;
+    bool TakeNameOnServer(soci::session& session, const std::string& name) const;
     void Abandon(soci::session& session) const;
 
     std::unique_ptr<soci::connection_pool> m_pool;
+    std::mutex m_namesMutex;
+    std::set<std::string> m_names; ///< of the work under way in this process
     bool m_sqlite = true;
 };
 

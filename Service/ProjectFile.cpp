@@ -2,6 +2,7 @@
 
 #include "Service/Answer.h"
 #include "Service/Base64Text.h"
+#include "Service/ChangeBuilder.h"
 #include "Service/JsonText.h"
 #include "Service/RowCheck.h"
 #include "Service/SettingTables.h"
@@ -82,68 +83,9 @@ void TakeFileIn(std::size_t table, const std::string& folder, json& row) {
     row["data"] = ToBase64(bytes);
 }
 
-/// Takes rows and ids in, each id of an id space once.
-class ChangeBuilder {
-public:
-    explicit ChangeBuilder(const std::string& folder) : m_folder(folder) {}
-
-    void TakeRows(const json& tables) {
-        for (std::size_t table = 0; table < kSettingTables.size(); ++table) {
-            const auto found = tables.find(kSettingTables[table].name);
-            if (found != tables.end())
-                TakeRows(table, *found);
-        }
-        RefuseUnknown(tables);
-    }
-
-    void TakeRemovals(const json& tables) {
-        for (const auto& [name, ids] : tables.items()) {
-            const auto table = TableOf(name);
-            if (!ids.is_array())
-                Refuse(name + ": the ids are no array");
-            for (const auto& id : ids)
-                TakeRemoval(table, id);
-        }
-    }
-
-    SettingChange Take() { return std::move(m_change); }
-
-private:
-    static std::size_t TableOf(const std::string& name) {
-        const auto table = FindSettingTable(name);
-        if (!table)
-            Refuse("there is no table \"" + name + "\"");
-        return *table;
-    }
-    static void RefuseUnknown(const json& tables) {
-        for (const auto& [name, rows] : tables.items())
-            TableOf(name);
-    }
-    void TakeRows(std::size_t table, const json& rows) {
-        if (!rows.is_array())
-            Refuse(std::string(kSettingTables[table].name) + ": the rows are no array");
-        for (json row : rows) {
-            TakeFileIn(table, m_folder, row);
-            m_change.put.push_back(MakeSettingRow(table, std::move(row)));
-            NoteId(table, m_change.put.back().id);
-        }
-    }
-    void TakeRemoval(std::size_t table, const json& id) {
-        if (!id.is_string())
-            RefuseRow(table, id.dump(), "the id is no text");
-        CheckRowId(table, id.get<std::string>());
-        m_change.removed.emplace_back(table, id.get<std::string>());
-        NoteId(table, m_change.removed.back().second);
-    }
-    void NoteId(std::size_t table, const std::string& id) {
-        if (!m_ids.emplace(kSettingTables[table].idSpace, id).second)
-            RefuseRow(table, id, "the id stands twice");
-    }
-
-    const std::string& m_folder;
-    SettingChange m_change;
-    std::set<std::pair<int, std::string>> m_ids;
-};
+ChangeBuilder FileBuilder(const std::string& folder) {
+    return ChangeBuilder([folder](std::size_t table, json& row) { TakeFileIn(table, folder, row); });
+}
 
 void CheckKnownKeys(const json& root, const std::set<std::string>& known) {
     for (const auto& [key, value] : root.items()) {
@@ -188,7 +130,7 @@ WorkunitEntry ReadWorkunitEntry(const std::string& workunitId, const json& value
 ProjectFile ReadProjectFile(std::string_view text, const std::string& folder) {
     const auto root = ParseFile(text, "tolm-project");
     CheckKnownKeys(root, {"format", "formatVersion", "id", "name", "description", "tables"});
-    ChangeBuilder builder(folder);
+    auto builder = FileBuilder(folder);
     builder.TakeRows(ObjectMember(root, "tables"));
     return {TextMember(root, "id"), TextMember(root, "name"), builder.Take().put};
 }
@@ -196,7 +138,7 @@ ProjectFile ReadProjectFile(std::string_view text, const std::string& folder) {
 ChangeFile ReadChangeFile(std::string_view text, const std::string& folder) {
     const auto root = ParseFile(text, "tolm-change");
     CheckKnownKeys(root, {"format", "formatVersion", "description", "add", "edit", "remove", "workunits"});
-    ChangeBuilder builder(folder);
+    auto builder = FileBuilder(folder);
     builder.TakeRows(ObjectMember(root, "add"));
     builder.TakeRows(ObjectMember(root, "edit"));
     builder.TakeRemovals(ObjectMember(root, "remove"));

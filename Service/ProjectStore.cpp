@@ -36,11 +36,6 @@ void RefuseFilled(const ProjectState& state) {
         throw Refusal(Answer::AlreadyFilled);
 }
 
-void RefuseEmpty(const ProjectState& state) {
-    if (state.version < 1)
-        throw Refusal(Answer::NeverFilled);
-}
-
 } // namespace
 
 void ProjectStore::Create(const std::string& projectId, const std::string& name) {
@@ -122,7 +117,7 @@ std::int64_t ProjectStore::Apply(const std::string& projectId, const SettingChan
     std::int64_t version = 0;
     m_database.Write([&](soci::session& session) {
         const auto state = LockProject(session, projectId);
-        RefuseEmpty(state);
+        RefuseNeverFilled(state);
         version = MakeVersion(session, projectId, state, change);
         PutEntries(session, projectId, entries);
     });
@@ -146,7 +141,7 @@ std::string ProjectStore::Increment(const std::string& projectId, std::int64_t s
     std::string text;
     m_database.Read([&](soci::session& session) {
         const auto state = ReadProject(session, projectId);
-        RefuseEmpty(state);
+        RefuseNeverFilled(state);
         if (since > state.version)
             throw Refusal(Answer::VersionAhead);
         text = MakeIncrement(session, projectId, since);

@@ -1,9 +1,11 @@
 #include "Service/Router.h"
 
 #include "Service/Answer.h"
+#include "Service/ChangeBuilder.h"
 #include "Service/JsonText.h"
 #include "Service/ProjectFile.h"
 #include "Service/ProjectStore.h"
+#include "Service/UploadStore.h"
 #include "Service/UserStore.h"
 
 #include <nlohmann/json.hpp>
@@ -18,6 +20,7 @@ namespace tolm::service {
 struct CallContext {
     ProjectStore& projects;
     UserStore& users;
+    UploadStore& uploads;
     const MatchedCall& call;
     std::string_view body;
 };
@@ -27,8 +30,8 @@ struct Route {
     std::string_view path; ///< ids follow where it ends in a slash
     std::size_t ids;
     bool asksForUser;
-    bool isUpload;                            ///< refusals go out with HTTP 200
-    std::string (*serve)(const CallContext&); ///< null: known, but not served yet
+    bool isUpload; ///< refusals go out with HTTP 200
+    std::string (*serve)(const CallContext&);
 };
 
 namespace {
@@ -67,10 +70,12 @@ std::int64_t VersionIn(const std::string& text) {
     return version;
 }
 
+Caller CallerOf(const CallContext& context) {
+    return {context.call.tokenHash, context.call.ids[0]};
+}
+
 std::string GetVersion(const CallContext& context) {
-    const auto version = context.projects.Version(context.call.ids[0]);
-    context.users.RememberTold(context.call.tokenHash, context.call.ids[0], version);
-    return std::to_string(version);
+    return std::to_string(context.uploads.TellVersion(CallerOf(context)));
 }
 
 std::string DownloadVersion(const CallContext& context) {
@@ -114,6 +119,28 @@ std::string UseTemplate(const CallContext& context) {
     return CompactJson({{"version", version}});
 }
 
+std::string UpLoad(const CallContext& context) {
+    const auto version = context.uploads.Upload(CallerOf(context), ReadUploadPatch(context.body));
+    return CompactJson({{"version", version}});
+}
+
+using ReadList = SettingChange(std::string_view body, std::size_t table);
+
+template <ReadList Read> std::string ApplyToTable(const CallContext& context, const std::string& table) {
+    const auto version = context.uploads.ApplyList(CallerOf(context), Read(context.body, TableNamed(table)));
+    return CompactJson({{"version", version}});
+}
+
+/// The path names a table.
+template <ReadList Read> std::string ApplyList(const CallContext& context) {
+    return ApplyToTable<Read>(context, context.call.ids[1]);
+}
+
+/// The path names a category, whose combinations have a table of their own.
+template <ReadList Read> std::string ApplyCombinations(const CallContext& context) {
+    return ApplyToTable<Read>(context, "Combination_" + context.call.ids[1]);
+}
+
 std::string SignIn(const CallContext& context) {
     const auto body = ObjectBody(context.body);
     const auto userId = TextOf(body, "userId");
@@ -134,13 +161,13 @@ constexpr std::array kRoutes{
     Route{"POST", "/api/workunit/uploadData", 0, true, true, UploadWorkunitData},
     Route{"POST", "/api/ReadProjectToTemplate/", 1, false, false, ReadProjectToTemplate},
     Route{"POST", "/api/useTemplateForDesktop/", 2, true, false, UseTemplate},
-    Route{"POST", "/api/UpLoad/", 1, true, true, nullptr},
-    Route{"POST", "/api/CreateList/", 2, true, true, nullptr},
-    Route{"POST", "/api/EditList/", 2, true, true, nullptr},
-    Route{"POST", "/api/RemoveList/", 2, true, true, nullptr},
-    Route{"POST", "/api/CreateCombinations/", 2, true, true, nullptr},
-    Route{"POST", "/api/EditCombinations/", 2, true, true, nullptr},
-    Route{"POST", "/api/RemoveCombinations/", 2, true, true, nullptr},
+    Route{"POST", "/api/UpLoad/", 1, true, true, UpLoad},
+    Route{"POST", "/api/CreateList/", 2, true, true, ApplyList<ReadCreatedRows>},
+    Route{"POST", "/api/EditList/", 2, true, true, ApplyList<ReadEditedRows>},
+    Route{"POST", "/api/RemoveList/", 2, true, true, ApplyList<ReadRemovedIds>},
+    Route{"POST", "/api/CreateCombinations/", 2, true, true, ApplyCombinations<ReadCreatedRows>},
+    Route{"POST", "/api/EditCombinations/", 2, true, true, ApplyCombinations<ReadEditedRows>},
+    Route{"POST", "/api/RemoveCombinations/", 2, true, true, ApplyCombinations<ReadRemovedIds>},
 };
 
 bool BelongsTo(std::string_view path, const Route& route) {
@@ -203,9 +230,7 @@ MatchedCall Router::Match(const RequestHead& head) const {
 }
 
 std::string Router::Answer(const MatchedCall& call, std::string_view body) const {
-    if (call.route->serve == nullptr)
-        throw Refusal(service::Answer::NotServed);
-    return call.route->serve({m_projects, m_users, call, body});
+    return call.route->serve({m_projects, m_users, m_uploads, call, body});
 }
 
 bool Router::RefusesWithOk(std::string_view path) {

@@ -7,6 +7,7 @@
 namespace tolm::service {
 
 class ProjectStore;
+class UploadStore;
 class UserStore;
 struct Route;
 
@@ -29,7 +30,8 @@ struct MatchedCall {
 /// `Refusal`.
 class Router {
 public:
-    Router(ProjectStore& projects, UserStore& users) : m_projects(projects), m_users(users) {}
+    Router(ProjectStore& projects, UserStore& users, UploadStore& uploads)
+        : m_projects(projects), m_users(users), m_uploads(uploads) {}
 
     /// Finds the call and checks the ids and the user.
     MatchedCall Match(const RequestHead& head) const;
@@ -41,6 +43,7 @@ public:
 private:
     ProjectStore& m_projects;
     UserStore& m_users;
+    UploadStore& m_uploads;
 };
 
 /// True when the text can be the id of a project, a template, a work unit or a user: letters, digits, ".", "_", "-",

@@ -219,6 +219,11 @@ ProjectState LockProject(soci::session& session, const std::string& projectId) {
     return ReadProject(session, projectId);
 }
 
+void RefuseNeverFilled(const ProjectState& state) {
+    if (state.version < 1)
+        throw Refusal(Answer::NeverFilled);
+}
+
 std::int64_t MakeVersion(soci::session& session, const std::string& projectId, const ProjectState& state,
                          const SettingChange& change) {
     const auto plan = MakePlan(change, ReadLastStates(session, projectId, change), state.nextPosition);

@@ -23,6 +23,9 @@ ProjectState ReadProject(soci::session& session, const std::string& projectId);
 /// The same, and no other transaction changes the project before this one ends.
 ProjectState LockProject(soci::session& session, const std::string& projectId);
 
+/// Throws a `Refusal` (NeverFilled) when it is so.
+void RefuseNeverFilled(const ProjectState& state);
+
 /// Makes the next version of a locked project out of a change. Returns the version that the project has then.
 std::int64_t MakeVersion(soci::session& session, const std::string& projectId, const ProjectState& state,
                          const SettingChange& change);

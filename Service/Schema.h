@@ -39,6 +39,8 @@ inline constexpr std::array kSchema{
     "CREATE INDEX IF NOT EXISTS tokens_user ON tokens (user_id)",
     "CREATE TABLE IF NOT EXISTS told_versions (token_hash TEXT NOT NULL, project_id TEXT NOT NULL, version BIGINT NOT "
     "NULL, PRIMARY KEY (token_hash, project_id))",
+    "CREATE TABLE IF NOT EXISTS taken_uploads (token_hash TEXT NOT NULL, project_id TEXT NOT NULL, version BIGINT NOT "
+    "NULL, body_hash TEXT NOT NULL, PRIMARY KEY (token_hash, project_id))",
 };
 
 } // namespace tolm::service

@@ -61,9 +61,13 @@ std::string MakeToken() {
 }
 
 std::string HashToken(std::string_view token) {
+    return HashText(token);
+}
+
+std::string HashText(std::string_view text) {
     Bytes32 digest{};
     unsigned int size = 0;
-    Check(EVP_Digest(token.data(), token.size(), digest.data(), &size, EVP_sha256(), nullptr), "SHA-256");
+    Check(EVP_Digest(text.data(), text.size(), digest.data(), &size, EVP_sha256(), nullptr), "SHA-256");
     return ToHex(digest);
 }
 

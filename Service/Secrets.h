@@ -21,5 +21,7 @@ bool IsSecret(std::string_view secret, const SecretHash& kept);
 std::string MakeToken();
 /// What is kept of a token: its SHA-256 in hexadecimal.
 std::string HashToken(std::string_view token);
+/// SHA-256 of a text, in hexadecimal.
+std::string HashText(std::string_view text);
 
 } // namespace tolm::service

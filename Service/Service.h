@@ -4,6 +4,7 @@
 #include "Service/HttpServer.h"
 #include "Service/ProjectStore.h"
 #include "Service/Router.h"
+#include "Service/UploadStore.h"
 #include "Service/UserStore.h"
 
 #include <string>
@@ -19,7 +20,7 @@ class Service {
 public:
     Service(const std::string& database, UserStore::Settings users, HttpServer::Settings http)
         : m_database(database, kConnections), m_projects(m_database), m_users(m_database, std::move(users)),
-          m_router(m_projects, m_users), m_http(m_router, std::move(http)) {}
+          m_uploads(m_database), m_router(m_projects, m_users, m_uploads), m_http(m_router, std::move(http)) {}
 
     ProjectStore& Projects() { return m_projects; }
     UserStore& Users() { return m_users; }
@@ -29,6 +30,7 @@ private:
     Database m_database;
     ProjectStore m_projects;
     UserStore m_users;
+    UploadStore m_uploads;
     Router m_router;
     HttpServer m_http;
 };

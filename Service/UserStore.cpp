@@ -5,6 +5,7 @@
 
 #include <soci/soci.h>
 
+#include <array>
 #include <chrono>
 
 namespace tolm::service {
@@ -18,16 +19,21 @@ std::int64_t SystemSeconds() {
         .count();
 }
 
+/// What is remembered of a token goes with it.
+constexpr std::array kTokenTables{"told_versions", "taken_uploads", "tokens"};
+
 void EndSignIns(soci::session& session, const std::string& userId) {
-    session << "DELETE FROM told_versions WHERE token_hash IN (SELECT token_hash FROM tokens WHERE user_id = :u)",
-        soci::use(userId);
-    session << "DELETE FROM tokens WHERE user_id = :u", soci::use(userId);
+    for (const std::string table : kTokenTables) {
+        session << "DELETE FROM " + table + " WHERE token_hash IN (SELECT token_hash FROM tokens WHERE user_id = :u)",
+            soci::use(userId);
+    }
 }
 
 void DropExpired(soci::session& session, long long lastGood) {
-    session << "DELETE FROM told_versions WHERE token_hash IN (SELECT token_hash FROM tokens WHERE last_used < :t)",
-        soci::use(lastGood);
-    session << "DELETE FROM tokens WHERE last_used < :t", soci::use(lastGood);
+    for (const std::string table : kTokenTables) {
+        session << "DELETE FROM " + table + " WHERE token_hash IN (SELECT token_hash FROM tokens WHERE last_used < :t)",
+            soci::use(lastGood);
+    }
 }
 
 std::optional<SecretHash> ReadSecret(Database& database, const std::string& userId) {
@@ -124,29 +130,6 @@ std::optional<std::string> UserStore::Check(const std::string& userId, const std
         });
     }
     return hash;
-}
-
-void UserStore::RememberTold(const std::string& tokenHash, const std::string& projectId, std::int64_t version) {
-    if (Told(tokenHash, projectId) == version)
-        return;
-    const long long told = version;
-    m_database.Write([&](soci::session& session) {
-        session << "INSERT INTO told_versions (token_hash, project_id, version) VALUES (:h, :p, :v) ON CONFLICT "
-                   "(token_hash, "
-                   "project_id) DO UPDATE SET version = excluded.version",
-            soci::use(tokenHash, "h"), soci::use(projectId, "p"), soci::use(told, "v");
-    });
-}
-
-std::optional<std::int64_t> UserStore::Told(const std::string& tokenHash, const std::string& projectId) {
-    long long version = 0;
-    bool found = false;
-    m_database.Read([&](soci::session& session) {
-        session << "SELECT version FROM told_versions WHERE token_hash = :h AND project_id = :p",
-            soci::use(tokenHash, "h"), soci::use(projectId, "p"), soci::into(version);
-        found = session.got_data();
-    });
-    return found ? std::optional<std::int64_t>(version) : std::nullopt;
 }
 
 } // namespace tolm::service

@@ -32,10 +32,6 @@ public:
     /// Hash of the token if it is this user's and still good; using it keeps it good.
     std::optional<std::string> Check(const std::string& userId, const std::string& token);
 
-    /// Notes the version of a project that the holder of a token was told last.
-    void RememberTold(const std::string& tokenHash, const std::string& projectId, std::int64_t version);
-    std::optional<std::int64_t> Told(const std::string& tokenHash, const std::string& projectId);
-
 private:
     Database& m_database;
     Settings m_settings;

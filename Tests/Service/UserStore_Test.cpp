@@ -87,15 +87,6 @@ TEST_F(Users, ATokenThatIsUsedStaysGood) {
     }
 }
 
-TEST_F(Users, AnExpiredTokenIsForgottenWithWhatItWasTold) {
-    Store().Put("anna", "right");
-    const auto hash = Store().Check("anna", Token("anna", "right")).value();
-    Store().RememberTold(hash, "p", 3);
-    PassSeconds(kIdle + 1);
-    Token("anna", "right");
-    EXPECT_EQ(Store().Told(hash, "p"), std::nullopt);
-}
-
 TEST_F(Users, ANewSecretEndsAllSignIns) {
     Store().Put("anna", "old");
     const auto token = Token("anna", "old");
@@ -116,16 +107,6 @@ TEST_F(Users, ARemovedUserIsSignedOutAndStaysOut) {
     EXPECT_TRUE(Store().Check("bert", berts).has_value());
     EXPECT_FALSE(Store().Remove("anna"));
     EXPECT_EQ(Store().List(), std::vector<std::string>{"bert"});
-}
-
-TEST_F(Users, WhatATokenWasToldIsKeptForEachProject) {
-    EXPECT_EQ(Store().Told("hash", "p"), std::nullopt);
-    Store().RememberTold("hash", "p", 3);
-    Store().RememberTold("hash", "q", 7);
-    Store().RememberTold("hash", "p", 4);
-    EXPECT_EQ(Store().Told("hash", "p"), 4);
-    EXPECT_EQ(Store().Told("hash", "q"), 7);
-    EXPECT_EQ(Store().Told("other", "p"), std::nullopt);
 }
 
 TEST_F(Users, NeitherSecretNorTokenStandsInTheDatabase) {
