@@ -232,7 +232,8 @@ void HostHistoryMaker::AddLinks(json& links, SettingKind kind, const Slice& of, 
     }
     std::ranges::shuffle(ids, m_engine);
     const auto count = std::min<std::uint64_t>(Below(most + 1), ids.size());
-    links.insert(links.end(), ids.begin(), ids.begin() + static_cast<std::ptrdiff_t>(count));
+    for (std::size_t i = 0; i < count; ++i)
+        links.push_back(ids[i]);
 }
 
 } // namespace tolmtest
