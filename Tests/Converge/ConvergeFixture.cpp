@@ -70,11 +70,16 @@ void ConvergeFixture::OpenHost(int number, const std::string& project) {
                  {"project", project},
                  {"user", "user " + std::to_string(number)},
                  {"token", host.token}});
-    EXPECT_TRUE(Ask(number, SyncCommand()).at("done")) << "the first pull of host " << number;
+    ExpectSynced(number);
 }
 
 json ConvergeFixture::SyncCommand() const {
     return {{"do", "sync"}, {"service", Narrow(service.Address())}};
+}
+
+void ConvergeFixture::ExpectSynced(int host) {
+    const auto answer = Ask(host, SyncCommand());
+    EXPECT_TRUE(answer.at("done")) << "host " << host << ": " << answer;
 }
 
 json ConvergeFixture::Ask(int host, json command) {
@@ -143,8 +148,7 @@ void ConvergeFixture::PlaySync(const json& step) {
     if (step.contains("rounds"))
         command["rounds"] = step.at("rounds");
     if (!step.contains("lose")) {
-        EXPECT_TRUE(Ask(step.at("host"), command).at("done"));
-        return;
+        return ExpectSynced(step.at("host"));
     }
     Relay relay(service.Port());
     relay.LoseAnswerTo(step.at("lose"));
@@ -169,7 +173,7 @@ void ConvergeFixture::PlayTogether(const json& step) {
 void ConvergeFixture::Settle() {
     for (int round = 0; round < 2; ++round) {
         for (int host = 0; host < HostCount(); ++host)
-            EXPECT_TRUE(Ask(host, SyncCommand()).at("done")) << "host " << host;
+            ExpectSynced(host);
     }
 }
 

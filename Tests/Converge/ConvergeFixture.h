@@ -34,6 +34,8 @@ protected:
     void Settle();
     void ExpectConverged();
 
+    /// Lets a host synchronise, which has to come to its end.
+    void ExpectSynced(int host);
     nlohmann::json Ask(int host, nlohmann::json command);
     nlohmann::json SyncCommand() const;
     void TakeAnswer(int host, const nlohmann::json& answer);

@@ -41,7 +41,7 @@ TEST_P(ConvergeShare, AfterTheLastSynchronisationAllHostsHoldWhatTheServiceHolds
     for (auto seed = first + static_cast<std::uint64_t>(GetParam()); seed < first + count && !HasFailure();
          seed += kShards) {
         SCOPED_TRACE("again with TOLM_HOST_HISTORY_SEED=" + std::to_string(seed) + " TOLM_HOST_HISTORIES=1");
-        Play(HostHistoryMaker(seed).History(), "seed " + std::to_string(seed));
+        Play(HostHistoryMaker(seed).History(), "seed" + std::to_string(seed));
     }
 }
 INSTANTIATE_TEST_SUITE_P(Histories, ConvergeShare, testing::Range(0, kShards));

@@ -138,14 +138,29 @@ bool IsLeftBehind(const std::string& key, int type) {
            (key.starts_with("MTS/") && type == 2 && !key.starts_with("MTS/of "));
 }
 
+/// Fittings of one rule keep their order; that of the rules is the reader's and no fact.
+std::string OrderedByRule(const std::string& fact) {
+    constexpr std::size_t entry = 2 * 106;
+    constexpr std::size_t ruleAt = 2 * 54;
+    std::vector<std::string> fittings;
+    for (std::size_t at = 2; at + entry < fact.size(); at += entry)
+        fittings.push_back(fact.substr(at, entry));
+    std::ranges::stable_sort(fittings, {}, [](const std::string& fitting) { return fitting.substr(ruleAt, 8); });
+    std::string ordered = "X'";
+    for (const auto& fitting : fittings)
+        ordered += fitting;
+    return ordered + "'";
+}
+
 bool IsText(std::string_view fact) {
     return fact.starts_with('\'');
 }
 
-/// Records whose ids the owner tells have no record of the link in the table: "of" it is there by its name.
 std::string ValueOf(const Records& records, const Travelling& row, const Attributes& attributes) {
     const auto found = attributes.find(row.attribute);
     std::string value = found != attributes.end() ? found->second : row.otherwise;
+    if (row.attribute == std::string_view("FittingList") && !value.empty())
+        return OrderedByRule(value);
     for (const Link& link : kLinks) {
         if (link.attribute == std::string_view(row.attribute) && IsText(value))
             value = LivingLinks(records, link, value);

@@ -166,7 +166,8 @@ std::vector<tolm::FittingPartType> PartsOf(Type type) {
     return {Elbow, Tee, Cross, Transition, Union, Cap};
 }
 
-/// So many fittings that `n` asks for, all of one category, in the order in which the service's rows list them.
+/// The fittings that `n` asks for, all of one category, in the order in which the service's rows list them. Their
+/// bounds are those that every fitting gets when it is read.
 void GiveFittings(ITolmDataset& dataset, int n, const Slice& slice, tolm::IProjectSettingConnectionSerie& connection) {
     std::map<std::wstring, std::wstring> none;
     auto products = dataset.GetProjectProductList(n % 2 == 0 ? L"16201010" : L"16201020", none, true);
@@ -175,8 +176,8 @@ void GiveFittings(ITolmDataset& dataset, int n, const Slice& slice, tolm::IProje
     for (const auto part : parts) {
         if ((n >> static_cast<int>(part)) % 2 == 0 || given == products.size())
             continue;
-        connection.AddFitting(part, static_cast<tolm::RoutingPreferenceRuleGroupType>(part), products[given++], 15.0,
-                              100.0 + n % 50);
+        connection.AddFitting(part, static_cast<tolm::RoutingPreferenceRuleGroupType>(part), products[given++], 1.0,
+                              1'000'000.0);
     }
 }
 
