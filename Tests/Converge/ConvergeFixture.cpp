@@ -25,11 +25,11 @@ std::string SettingOf(const json& step) {
     return step.at("slice").get<std::string>() + "/" + step.at("id").get<std::string>();
 }
 
-/// Warnings that are no fault: of an upload that was refused or whose answer was lost, and of a record that a host
-/// noted as its own creation and that is gone.
+/// Warnings that are no fault: of an upload that was refused or whose answer was lost, of a merge that found nothing
+/// left to merge, and of a record that a host noted as its own creation and that is gone.
 bool IsExpected(std::string_view warning) {
-    for (const std::string_view known :
-         {"mergeSucc 失败", "bSucc 失败", "getCloudDataSucc 为false", "本地修改的此条目没找到: "}) {
+    for (const std::string_view known : {"mergeSucc 失败", "bSucc 失败", "getCloudDataSucc 为false",
+                                         "ducplicateFilesSucc为false", "本地修改的此条目没找到: "}) {
         if (warning.find(known) != std::string_view::npos)
             return true;
     }
@@ -135,11 +135,15 @@ void ConvergeFixture::PlayStep(const json& step) {
 void ConvergeFixture::PlayEdit(const json& step) {
     const int number = step.at("host");
     Host& host = *m_hosts[static_cast<std::size_t>(number)];
-    if (!Ask(number, step).at("done").get<bool>()) {
+    const auto setting = SettingOf(step);
+    const auto before = host.open.find(setting);
+    json command = step;
+    if (step.value("undo", false) && before != host.open.end() && before->second.step.at("do") == "delete")
+        command["new"] = true;
+    if (!Ask(number, command).at("done").get<bool>()) {
         ++counts.skipped;
         return;
     }
-    const auto setting = SettingOf(step);
     host.open[setting] = {step, host.version, 0};
 }
 

@@ -190,7 +190,7 @@ nlohmann::json HostHistoryMaker::Change(int host, const Known& known) {
     }
     json step = Put(host, *known.slice, known.id);
     if (std::ranges::find(m_deleted, std::pair(host, known.id)) != m_deleted.end())
-        step["new"] = true;
+        step["undo"] = true;
     return step;
 }
 

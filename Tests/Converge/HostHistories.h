@@ -24,8 +24,9 @@ nlohmann::json FirstTables();
 ///     {"do": "together", "hosts": [0, 2]}]}
 ///
 /// A host makes new ids of its own and edits and deletes any; an edit of what it cannot see is no edit when the
-/// history is played. Names come from a small pool. A mark is the time of creation that an edit gives its record, and
-/// no two edits have the same. A seed always gives the same history.
+/// history is played. What it deleted since its last synchronisation it may put back ("undo"). Names come from a small
+/// pool. A mark is the time of creation that an edit gives its record, and no two edits have the same. A seed always
+/// gives the same history.
 class HostHistoryMaker {
 public:
     explicit HostHistoryMaker(std::uint64_t seed) : m_engine(seed) {}
