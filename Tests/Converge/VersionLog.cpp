@@ -2,7 +2,7 @@
 
 #include "StoreSupport/StoreFixture.h"
 
-#include <cctype>
+#include <string>
 
 namespace tolmtest {
 namespace {
@@ -15,27 +15,37 @@ std::string KeyOf(SettingKind kind, const std::string& id) {
     return std::to_string(space) + "/" + id;
 }
 
-/// The name itself, or with a number in brackets behind it.
-bool IsNamedAfter(const std::string& name, const std::string& wanted) {
-    if (name == wanted)
-        return true;
-    if (!name.starts_with(wanted + "(") || !name.ends_with(")"))
-        return false;
-    const auto number = name.substr(wanted.size() + 1, name.size() - wanted.size() - 2);
-    return !number.empty() && number.find_first_not_of("0123456789") == std::string::npos;
+/// Without the number in brackets at its end; empty when there is none.
+std::string WithoutNumber(const std::string& name) {
+    const auto open = name.rfind('(');
+    if (open == std::string::npos || !name.ends_with(")"))
+        return {};
+    const auto number = name.substr(open + 1, name.size() - open - 2);
+    const bool isNumber = !number.empty() && number.find_first_not_of("0123456789") == std::string::npos;
+    return isNumber ? name.substr(0, open) : std::string();
 }
 
+/// The name itself, or with a number in brackets behind it; each merge that repairs it adds one.
+bool IsNamedAfter(std::string name, const std::string& wanted) {
+    while (!name.empty() && name != wanted)
+        name = WithoutNumber(name);
+    return name == wanted;
+}
+
+/// A state that came in between overrides unless it is the edit's own, and so does a removal.
 FateOfEdit FindFateOfPut(const std::vector<LoggedState>& states, const NotedEdit& edit) {
-    FateOfEdit fate;
     const auto isIn = [&](long long version) { return version > edit.from && version <= edit.to; };
-    for (const auto& state : states) {
-        if (isIn(state.born) && state.Mark() == edit.step.at("mark").get<std::int64_t>() &&
-            IsNamedAfter(state.Name(), edit.step.at("name")))
+    const auto mark = edit.step.at("mark").get<std::int64_t>();
+    FateOfEdit fate;
+    for (std::size_t i = 0; i < states.size(); ++i) {
+        const auto& state = states[i];
+        const bool isReplaced = i + 1 < states.size() && states[i + 1].born == state.gone;
+        if (isIn(state.born) && state.Mark() == mark && IsNamedAfter(state.Name(), edit.step.at("name")))
             return {Fate::Landed, state.born};
-        for (const auto version : {state.born, state.gone}) {
-            if (isIn(version))
-                fate = {Fate::Overridden, version};
-        }
+        if (isIn(state.born) && state.Mark() != mark)
+            fate = {Fate::Overridden, state.born};
+        if (isIn(state.gone) && !isReplaced)
+            fate = {Fate::Overridden, state.gone};
     }
     return fate;
 }
