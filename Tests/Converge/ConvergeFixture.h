@@ -30,6 +30,8 @@ protected:
     void OpenHosts(int count, const std::string& project);
     /// Plays a history and holds all that it must lead to against it. A failure prints it.
     void Play(const nlohmann::json& history, const std::string& project);
+    /// Plays steps, up to the first failure.
+    void PlayAll(const nlohmann::json& steps);
     /// Brings all hosts to the end of what they have to tell each other.
     void Settle();
     void ExpectConverged();
