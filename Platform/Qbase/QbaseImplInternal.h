@@ -3,6 +3,7 @@
 #include "Qbase/ClassTableInternal.h"
 #include "Qbase/ConnectionInternal.h"
 #include "Qbase/DefinitionInternal.h"
+#include "Qbase/HiddenInternal.h"
 #include "Qbase/Qbase.h"
 #include "Qbase/ValuesInternal.h"
 
@@ -13,12 +14,6 @@
 #include <string>
 #include <variant>
 #include <vector>
-
-#if defined(_WIN32)
-#define QBASE_INTERNAL
-#else
-#define QBASE_INTERNAL __attribute__((visibility("hidden")))
-#endif
 
 /// What a handle is made of. Operations return why they failed; where SQLite fails they throw `qbase::SqlFailure`,
 /// which `Run` turns into a doomed handle.

@@ -1,4 +1,5 @@
 #include "Qbase/ConnectionInternal.h"
+#include "Qbase/HiddenInternal.h"
 #include "Qbase/Qbase.h"
 #include "Qbase/SchemaInternal.h"
 #include "Qbase/StoreFileInternal.h"
@@ -52,7 +53,7 @@ bool AreDifferent(const std::array<Paths, 2>& paths) {
 } // namespace
 
 /// One connection has both stores open from the copying to the end: it is told by SQLite when a file changed.
-class CQbaseWorkingCopies::Impl {
+class QBASE_INTERNAL CQbaseWorkingCopies::Impl {
 public:
     QbaseError Make(const Pair& first, const Pair& second);
     QbaseError PutBack();

@@ -1,6 +1,6 @@
-#include "Abi/Golden.h"
 #include "Abi/InterfaceSlots.h"
 #include "Abi/RunCommand.h"
+#include "Support/Golden.h"
 
 #include <gtest/gtest.h>
 
@@ -75,7 +75,7 @@ std::map<std::string, std::size_t> OperationCounts() {
 }
 
 TEST(Abi, TheInterfacesHaveTheOperationsOfTheirGoldenFileInOrder) {
-    ExpectGolden("Interfaces.txt", Layout());
+    ExpectGolden("Abi/Interfaces.txt", Layout(), "The binary interface");
 }
 
 TEST(Abi, TheListOfOperationsIsWhole) {

@@ -47,10 +47,12 @@ Warnings Warned(const wchar_t* message) {
     return {wstring(L"TolmDataset::MergeDataAndSendModifiedData: ") + message};
 }
 
-/// A dataset with a local change at version 3, and a cloud that the host has seen at version 5.
+/// A dataset with a local edit at version 3, and a cloud that the host has seen at version 5.
 class MergeLoop : public DatasetOnStore {
 protected:
     void SetUp() override {
+        Store(MakeMaterial(L"ours"));
+        CQbase::removeStore(statusPath);
         Store(MakeMaterial(L"ours"));
         ASSERT_TRUE(util.SetLocalVersion(path, ddq, 3));
     }
@@ -67,7 +69,9 @@ protected:
         EXPECT_EQ(local, localVersion);
         EXPECT_EQ(util.GetLocalVersion(path, ddq, changed), header);
     }
-    std::string MaterialIds() const { return SqlValue(path, "SELECT group_concat(id) FROM MTS"); }
+    std::string MaterialIds() const {
+        return SqlValue(path, "SELECT group_concat(id) FROM (SELECT id FROM MTS ORDER BY id)");
+    }
 
     ScriptedServer server;
     TestSession session{server.Address()};
@@ -118,7 +122,7 @@ TEST_F(MergeLoop, MergesOnceMoreWhenTheCloudMovedMeanwhile) {
     EXPECT_TRUE(Merge());
     EXPECT_EQ(server.Paths(), (Texts{kDownload3, kVersion, kDownload5, kVersion, kUpLoad, kVersion}));
     ExpectVersions(7, 7, 7);
-    EXPECT_EQ(MaterialIds(), "ours,theirs,more");
+    EXPECT_EQ(MaterialIds(), "more,ours,theirs");
 }
 
 TEST_F(MergeLoop, GoesOnAsLongAsTheCloudMoves) {
@@ -142,7 +146,7 @@ TEST_F(MergeLoop, KeepsTheChangesOfARefusedUploadForTheNextTry) {
     Answer({Brings("theirs"), VersionIs(5), ScriptedAnswer::Code("200100")});
     EXPECT_FALSE(Merge());
     TakeDebugWarnings();
-    EXPECT_EQ(StatusRecords(), (Texts{"MTS ours 1 1 2"}));
+    EXPECT_EQ(StatusRecords(), (Texts{"MTS ours 2 1 2"}));
     Answer({Brings("theirs"), VersionIs(5), TakenAs(6), VersionIs(6)});
     EXPECT_TRUE(Merge());
     ExpectVersions(6, 6, 6);
@@ -179,7 +183,7 @@ TEST_F(MergeLoop, EndsWithAMergeThatFails) {
     EXPECT_EQ(TakeDebugWarningsWithFunction().back(), Warned(L"mergeSucc 失败")[0]);
     EXPECT_EQ(server.Requests().size(), 1U);
     ExpectVersions(5, 3, 3);
-    EXPECT_EQ(StatusRecords(), (Texts{"MTS ours 1 1 2"}));
+    EXPECT_EQ(StatusRecords(), (Texts{"MTS ours 2 1 2"}));
 }
 
 TEST_F(MergeLoop, EndsWithAVersionThatCannotBeHadAndLeavesTheVersionsAsTheyWere) {

@@ -16,13 +16,23 @@ using tolm::CloudEndpoint;
 struct Call {
     const char* name;
     bool (*run)();
-    bool reportsAnException;
+    const wchar_t* exceptionWarning; ///< null when an exception is not reported
     bool looksAtTheStatus;
     bool heedsTheTimeOut;
+    bool logsARefusal;
+    bool tellsTheUser; ///< of a refusal and of an exception, which goes to the log then
 };
 
 void PrintTo(const Call& call, std::ostream* out) {
     *out << call.name;
+}
+
+using LogLines = std::vector<std::wstring>;
+
+web::json::value NoRows() {
+    auto encoded = web::json::value::object();
+    encoded["rows"] = web::json::value::array();
+    return encoded;
 }
 
 bool GetVersion() {
@@ -59,22 +69,45 @@ bool SendUpdateSettingDataInfo() {
     return Client().SendUpdateSettingDataInfo(L"P1", L"W1", {L"S1"}, 1);
 }
 
-constexpr Call kCalls[] = {
-    {"GetVersion", &GetVersion, false, true, false},
-    {"GetCloudData", &GetCloudData, false, true, true},
-    {"GetCloudSystemChangeData", &GetCloudSystemChangeData, false, true, true},
-    {"ReadProjectTemplateRowKey", &ReadProjectTemplateRowKey, false, false, false},
-    {"ApplyDefaultProjectSettingTemplate", &ApplyDefaultProjectSettingTemplate, false, true, true},
-    {"SendUpdateSettingDataInfo", &SendUpdateSettingDataInfo, true, true, false},
-};
+bool SendCreatedEvent() {
+    return Client().SendCreatedEvent(Client().GetProjectSettingAPIHost(), L"P1", L"PipeType", NoRows());
+}
 
-const Warnings kFailed{L"/api/workunit/uploadData 失败"};
+bool SendEditedEvent() {
+    return Client().SendEditedEvent(Client().GetProjectSettingAPIHost(), L"P1", L"PipeType", NoRows());
+}
+
+bool SendRemovedDataList() {
+    return Client().SendRemovedDataList(L"P1", {L"S1"}, L"PipeType");
+}
+
+/// Expects that the version is that of the service after a success and stays as it was otherwise.
+bool SendPatchDataEvent() {
+    int version = 5;
+    const bool done = Client().SendPatchDataEvent(L"P1", web::json::value::object(), version);
+    EXPECT_EQ(version, done ? 8 : 5);
+    return done;
+}
+
+constexpr Call kCalls[] = {
+    {"GetVersion", &GetVersion, nullptr, true, false, false, false},
+    {"GetCloudData", &GetCloudData, nullptr, true, true, false, false},
+    {"GetCloudSystemChangeData", &GetCloudSystemChangeData, nullptr, true, true, false, false},
+    {"ReadProjectTemplateRowKey", &ReadProjectTemplateRowKey, nullptr, false, false, false, false},
+    {"ApplyDefaultProjectSettingTemplate", &ApplyDefaultProjectSettingTemplate, nullptr, true, true, false, false},
+    {"SendCreatedEvent", &SendCreatedEvent, L"/api/CreateList/P1/PipeType 失败", true, false, true, false},
+    {"SendEditedEvent", &SendEditedEvent, L"/api/EditList/P1/PipeType 失败", true, false, true, false},
+    {"SendRemovedDataList", &SendRemovedDataList, L"/api/RemoveList/P1/PipeType 失败", true, false, true, false},
+    {"SendPatchDataEvent", &SendPatchDataEvent, nullptr, true, false, false, true},
+    {"SendUpdateSettingDataInfo", &SendUpdateSettingDataInfo, L"/api/workunit/uploadData 失败", true, false, false,
+     false},
+};
 
 class CloudCalls : public testing::TestWithParam<Call> {
 protected:
     /// A payload that each call but the version query is content with.
     static ScriptedAnswer Success() {
-        return ScriptedAnswer::Data(GetParam().run == &GetVersion ? "7" : R"({"rows":[{"rowKey":"K"}]})");
+        return ScriptedAnswer::Data(GetParam().run == &GetVersion ? "7" : R"({"rows":[{"rowKey":"K"}],"version":8})");
     }
     static bool Answered(const ScriptedAnswer& answer) {
         ScriptedServer server;
@@ -84,22 +117,28 @@ protected:
         EXPECT_EQ(server.Requests().size(), 1U);
         return done;
     }
-    static Warnings WarningsOfAnException() { return GetParam().reportsAnException ? kFailed : Warnings{}; }
+    static Warnings WarningsOfAnException() {
+        return GetParam().exceptionWarning != nullptr ? Warnings{GetParam().exceptionWarning} : Warnings{};
+    }
+    /// The user hears of each failure or of none.
+    static void ExpectNotifications(std::size_t failures) {
+        EXPECT_EQ(TakeNotifications().size(), GetParam().tellsTheUser ? failures : 0);
+    }
 };
 
 TEST_P(CloudCalls, SucceedWithTheCode10000) {
     EXPECT_TRUE(Answered(Success()));
 }
 
-TEST_P(CloudCalls, FailInSilenceWithAnotherCodeOrStatus) {
+TEST_P(CloudCalls, FailWithAnotherCodeOrStatus) {
     for (const char* code : {"10003", "200100", "1000", "10000 "}) {
         auto refused = Success();
         refused.body.replace(refused.body.find("10000"), 5, code);
         EXPECT_FALSE(Answered(refused)) << code;
     }
     EXPECT_EQ(Answered(Success().WithStatus(500)), !GetParam().looksAtTheStatus);
-    EXPECT_TRUE(TakeNotifications().empty());
-    EXPECT_TRUE(TakeLogLines().empty());
+    ExpectNotifications(5);
+    EXPECT_EQ(TakeLogLines(), LogLines(GetParam().logsARefusal ? 5 : 0, L"发送失败!"));
 }
 
 TEST_P(CloudCalls, FailWithAnExceptionOnAnAnswerOfAnotherForm) {
@@ -111,8 +150,8 @@ TEST_P(CloudCalls, FailWithAnExceptionOnAnAnswerOfAnotherForm) {
         EXPECT_FALSE(Answered(answer)) << answer.body;
         EXPECT_EQ(TakeDebugWarnings(), WarningsOfAnException()) << answer.body;
     }
-    EXPECT_TRUE(TakeNotifications().empty());
-    EXPECT_TRUE(TakeLogLines().empty());
+    ExpectNotifications(std::size(answers));
+    EXPECT_EQ(TakeLogLines().size(), GetParam().tellsTheUser ? std::size(answers) : 0);
 }
 
 TEST_P(CloudCalls, FollowNoRedirect) {

@@ -41,6 +41,21 @@ TEST(WireText, ClampsNumbersThatDoNotFit) {
     EXPECT_EQ(FiniteFloat(NotANumber), 0.0F);
     EXPECT_EQ(FiniteFloat(1e300), std::numeric_limits<float>::max());
     EXPECT_EQ(FiniteFloat(-1e300), std::numeric_limits<float>::lowest());
+    EXPECT_EQ(FiniteNumber(Infinity), std::numeric_limits<double>::max());
+    EXPECT_EQ(FiniteNumber(NotANumber), 0.0);
+    EXPECT_EQ(FiniteNumber(-2.5), -2.5);
+}
+
+TEST(WireText, ClampsTo64BitsWithoutOverflow) {
+    constexpr auto most = std::numeric_limits<std::int64_t>::max();
+    constexpr auto least = std::numeric_limits<std::int64_t>::lowest();
+    EXPECT_EQ(ClampToInt64(-7.9), -7);
+    EXPECT_EQ(ClampToInt64(9223372036854774784.0), 9223372036854774784);
+    EXPECT_EQ(ClampToInt64(9223372036854775808.0), most);
+    EXPECT_EQ(ClampToInt64(Infinity), most);
+    EXPECT_EQ(ClampToInt64(-9223372036854775808.0), least);
+    EXPECT_EQ(ClampToInt64(-1e300), least);
+    EXPECT_EQ(ClampToInt64(NotANumber), 0);
 }
 
 TEST(WireText, ReadsAnOverflowingNumberAsTheLargest) {

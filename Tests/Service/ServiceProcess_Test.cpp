@@ -1,81 +1,28 @@
 #include "ServiceTesting.h"
 
+#include "Support/ChildProcess.h"
 #include "Support/ServiceCalls.h"
 
-#include <csignal>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <set>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace tolmtest {
 namespace {
 
 /// A run of the program itself.
-class Process {
+class Process : public ChildProcess {
 public:
-    /// With a limit, the system kills it at the first write to a file beyond so many bytes.
-    explicit Process(const std::vector<std::string>& words, rlim_t fileLimit = RLIM_INFINITY) {
-        int ends[2] = {-1, -1};
-        if (pipe(ends) != 0)
-            throw std::runtime_error("no pipe");
-        m_process = fork();
-        if (m_process == 0)
-            Become(words, ends[1], fileLimit);
-        close(ends[1]);
-        m_output = ends[0];
-    }
-    ~Process() {
-        if (m_process > 0) {
-            kill(m_process, SIGKILL);
-            Wait();
-        }
-        close(m_output);
-    }
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
-
-    /// The next line of its output; empty when it ends without one.
-    std::string ReadLine() const {
-        std::string line;
-        for (char c = 0; read(m_output, &c, 1) == 1 && c != '\n';)
-            line.push_back(c);
-        return line;
-    }
-    void Signal(int signal) const { kill(m_process, signal); }
-    /// Exit code, or minus the signal that ended it.
-    int Wait() {
-        int status = 0;
-        waitpid(m_process, &status, 0);
-        m_process = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    }
+    explicit Process(std::vector<std::string> words, rlim_t fileLimit = RLIM_INFINITY)
+        : ChildProcess(WithProgram(std::move(words)), fileLimit) {}
 
 private:
-    [[noreturn]] static void Become(const std::vector<std::string>& words, int output, rlim_t fileLimit) {
-        const rlimit noCore{0, 0};
-        const rlimit longestFile{fileLimit, fileLimit};
-        setrlimit(RLIMIT_CORE, &noCore);
-        setrlimit(RLIMIT_FSIZE, &longestFile);
-
-        std::vector<char*> argv;
-        std::vector<std::string> kept{TOLM_BINARY_DIR "/bin/tolm-service"};
-        kept.insert(kept.end(), words.begin(), words.end());
-        for (auto& word : kept)
-            argv.push_back(word.data());
-        argv.push_back(nullptr);
-        dup2(output, STDOUT_FILENO);
-        dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
-        execv(argv[0], argv.data());
-        _exit(127);
+    static std::vector<std::string> WithProgram(std::vector<std::string> words) {
+        words.insert(words.begin(), TOLM_BINARY_DIR "/bin/tolm-service");
+        return words;
     }
-
-    pid_t m_process = -1;
-    int m_output = -1;
 };
 
 class Program : public testing::Test {

@@ -7,10 +7,11 @@
 #include "Support/ServiceFixture.h"
 
 #include <string>
+#include <vector>
 
 namespace tolmtest {
 
-inline json Rows(const json& rows) {
+inline json Rows(const std::vector<json>& rows) {
     return {{"tolm_version", "1.0"}, {"rows", rows}};
 }
 inline json Wrapped(const json& row) {

@@ -1,9 +1,6 @@
 #include "MepDatabase/Encoders.h"
 
-#include "Host/Components.h"
 #include "MepDatabase/JsonRows.h"
-#include "TolmDataSet/IProjectSettingMEPMaterialSerie.h"
-#include "TolmDataSet/IProjectSettingSystemType.h"
 
 #include <map>
 #include <string>
@@ -26,7 +23,7 @@ constexpr JsonCell<SystemType> kSystemType[] = {
     {"description", [](const SystemType& system) { return JsonText(system.GetDescription()); }},
     {"systemType", [](const SystemType& system) { return JsonText(system.GetName()); }},
     {"systemCategory", [](const SystemType& system) { return JsonInteger(system.GetClassification()); }},
-    {"CreateTime", [](const SystemType& system) { return value::number(std::int64_t{system.GetCreateTime()}); }},
+    {"CreateTime", [](const SystemType& system) { return value::number(system.GetCreateTime()); }},
 };
 
 /// The ids of a system's parts; a null part stays null and is reported for the caller.
@@ -91,7 +88,7 @@ value Connective(const Serie& serie) {
 constexpr JsonCell<Serie> kEverySerie[] = {
     {"ID", [](const Serie& serie) { return JsonText(serie.GetId()); }},
     {"name", [](const Serie& serie) { return JsonText(serie.GetName()); }},
-    {"CreateTime", [](const Serie& serie) { return value::number(std::int64_t{serie.GetCreateTime()}); }},
+    {"CreateTime", [](const Serie& serie) { return value::number(serie.GetCreateTime()); }},
 };
 constexpr JsonCell<Serie> kPipeOrDuct[] = {
     {"connective", Connective},

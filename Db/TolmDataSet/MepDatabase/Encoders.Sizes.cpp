@@ -1,9 +1,6 @@
 #include "MepDatabase/Encoders.h"
 
 #include "MepDatabase/JsonRows.h"
-#include "TolmDataSet/IProjectSettingMEPMaterialSerieGroup.h"
-#include "TolmDataSet/IProjectSettingMaterial.h"
-#include "TolmDataSet/IProjectSettingSizeModule.h"
 
 namespace tolm {
 namespace {
@@ -120,7 +117,7 @@ struct TreeNode {
     wstring id;
     wstring text;
     wstring groupName;
-    __int64 createTime;
+    std::int64_t createTime;
     wstring parentId;
 };
 

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "TolmDataSet/MepEnums.h"
-#include "TolmDataSet/SmallRecords.h"
+// The records come before the JSON library, which has a macro of the name __int64.
+#include "TolmDataSet/IProjectSettingMEPMaterialSerie.h"
+#include "TolmDataSet/IProjectSettingSystemType.h"
 
 #include <cpprest/json.h>
 
@@ -9,12 +10,6 @@
 #include <vector>
 
 namespace tolm {
-
-class IProjectSettingMEPMaterialSerie;
-class IProjectSettingMEPMaterialSerieGroup;
-class IProjectSettingMaterial;
-class IProjectSettingSizeModule;
-class IProjectSettingSystemType;
 
 // The rows that go up to the settings service. Each encoder gives {"rows": [row, ...]} with one row for each record,
 // in the order of the list; a row is wrapped as {"id": ..., "data": row} when `wrapEdited` is true and `isCreated` is

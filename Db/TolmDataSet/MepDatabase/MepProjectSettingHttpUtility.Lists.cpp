@@ -4,8 +4,6 @@
 #include "MepDatabase/Encoders.h"
 #include "MepDatabase/TreeRows.h"
 #include "MepDatabase/WireText.h"
-#include "TolmDataSet/IProjectSettingMEPMaterialSerie.h"
-#include "TolmDataSet/IProjectSettingSystemType.h"
 
 #include <array>
 #include <optional>

@@ -10,6 +10,7 @@
 
 #include <cpprest/json.h>
 
+#include <algorithm>
 #include <set>
 #include <type_traits>
 

@@ -1,77 +1,8 @@
 #include "StoreFixture.h"
-
-#include <map>
+#include "Support/FailingDisk.h"
 
 namespace qbasetest {
 namespace {
-
-/// Stands before SQLite's file layer and lets the n-th write, sync or deletion from now on fail, and all after it.
-class FailingDisk {
-public:
-    FailingDisk() : m_real(*sqlite3_vfs_find(nullptr)), m_shim(m_real) {
-        s_disk = this;
-        m_shim.zName = "failing-disk";
-        m_shim.pNext = nullptr;
-        m_shim.xOpen = Open;
-        m_shim.xDelete = Delete;
-        sqlite3_vfs_register(&m_shim, 1);
-    }
-    ~FailingDisk() {
-        sqlite3_vfs_unregister(&m_shim);
-        s_disk = nullptr;
-    }
-    FailingDisk(const FailingDisk&) = delete;
-    FailingDisk& operator=(const FailingDisk&) = delete;
-
-    /// `code` is what the failing operations report.
-    void FailAfter(int operations, int code) {
-        m_left = operations;
-        m_code = code;
-    }
-    void Heal() { m_left = -1; }
-    bool HasFailed() const { return m_left == 0; }
-
-private:
-    bool Fails() {
-        if (m_left > 0)
-            --m_left;
-        return m_left == 0;
-    }
-
-    static int Open(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* out) {
-        const int code = s_disk->m_real.xOpen(&s_disk->m_real, name, file, flags, out);
-        if (code == SQLITE_OK && file->pMethods != nullptr) {
-            s_disk->m_methods = *file->pMethods;
-            static std::map<const sqlite3_io_methods*, sqlite3_io_methods> shims;
-            sqlite3_io_methods& shim = shims[file->pMethods];
-            shim = *file->pMethods;
-            shim.xWrite = Write;
-            shim.xSync = Sync;
-            shim.xTruncate = Truncate;
-            file->pMethods = &shim;
-        }
-        return code;
-    }
-    static int Delete(sqlite3_vfs*, const char* name, int sync) {
-        return s_disk->Fails() ? SQLITE_IOERR_DELETE : s_disk->m_real.xDelete(&s_disk->m_real, name, sync);
-    }
-    static int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 at) {
-        return s_disk->Fails() ? s_disk->m_code : s_disk->m_methods.xWrite(file, bytes, count, at);
-    }
-    static int Sync(sqlite3_file* file, int flags) {
-        return s_disk->Fails() ? SQLITE_IOERR_FSYNC : s_disk->m_methods.xSync(file, flags);
-    }
-    static int Truncate(sqlite3_file* file, sqlite3_int64 size) {
-        return s_disk->Fails() ? SQLITE_IOERR_TRUNCATE : s_disk->m_methods.xTruncate(file, size);
-    }
-
-    static inline FailingDisk* s_disk = nullptr;
-    sqlite3_vfs m_real;
-    sqlite3_vfs m_shim;
-    sqlite3_io_methods m_methods{};
-    int m_left = -1;
-    int m_code = SQLITE_IOERR_WRITE;
-};
 
 class StoreFault : public StoreTest {
 protected:
@@ -79,7 +10,7 @@ protected:
         return Sql(path, "SELECT group_concat(id) FROM (SELECT id FROM AAA ORDER BY seq)");
     }
 
-    FailingDisk m_disk;
+    tolmtest::FailingDisk m_disk;
 };
 
 TEST_F(StoreFault, AFailureAtAnyPointOfACommitKeepsNothingAndIsTold) {

@@ -1,0 +1,39 @@
+// One operation on a dataset in a process of its own, which the power is cut for at one of its changes:
+//   tolm-crash-process OPERATION FOLDER ADDRESS CHANGE kept|dropped|torn SEED
+// CHANGE 0 lets it come to its end; it prints how many changes it made. Exit code 0 for true, 1 for false.
+
+#include "Host/Session.h"
+#include "StoreSupport/DatasetWorks.h"
+#include "Support/FaultyFiles.h"
+#include "Vorn/Text.h"
+
+#include <iostream>
+#include <string>
+
+namespace {
+
+using tolmtest::FaultyFiles;
+
+FaultyFiles::Unsynced UnsyncedOf(const std::string& word) {
+    if (word == "kept")
+        return FaultyFiles::Unsynced::Kept;
+    return word == "torn" ? FaultyFiles::Unsynced::Torn : FaultyFiles::Unsynced::Dropped;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 7)
+        return 2;
+    const std::wstring folder = vorn::StringUtil::ToWString(argv[2]);
+    const std::wstring path = folder + L"/set.db";
+    tolm::CollaborationProjectSettingForPS::Open({vorn::StringUtil::ToWString(argv[3]), L"P1", L"W1", 30'000'000});
+    tolm::TolmUserSessionUtils::SetUser(L"user-1", L"secret-token");
+    tolm::TolmFilePathSettings::SetCurrentDatasetFilePath(path);
+    FaultyFiles files(folder);
+    if (const long change = std::stol(argv[4]); change > 0)
+        files.CutPowerAt(change, UnsyncedOf(argv[5]), std::stoull(argv[6]));
+    const bool said = tolmtest::FindDatasetWork(argv[1]).run({path, folder + L"/combined.db", folder});
+    std::cout << files.Changes() << "\n";
+    return said ? 0 : 1;
+}

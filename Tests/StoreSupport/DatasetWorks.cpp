@@ -1,0 +1,74 @@
+#include "StoreSupport/DatasetWorks.h"
+
+#include "Host/Definitions.h"
+#include "MepDatabase/MepQbaseUtil.h"
+#include "MepDatabase/StoreSchema.h"
+#include "Qbase/Qbase.h"
+#include "StoreSupport/Records.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace tolmtest {
+namespace {
+
+tolm::MepQbaseUtil& Util() {
+    return *tolm::MepQbaseUtil::GetInstance();
+}
+std::wstring Definition() {
+    return tolm::DataSetFilePath::TOLMDDQFilePath;
+}
+
+bool Write(const WorkPlace& place, const wchar_t* id) {
+    return Util().WriteMaterial(place.path, Definition(), Material(id, L"brass").get());
+}
+
+bool Delete(const WorkPlace& place) {
+    const auto material = Material(L"m1", L"");
+    return Util().DeleteMaterialList(place.path, Definition(), {material.get()});
+}
+
+bool Pull(const WorkPlace& place) {
+    return Util().SyncDataFromCloud(false, nullptr, place.path, Definition(), place.combinedPath, place.binaryFolder,
+                                    nullptr);
+}
+
+bool Read(const WorkPlace& place) {
+    std::vector<MaterialPtr> list;
+    return Util().ReadMaterialList(place.path, Definition(), Type::Pipe, Discipline::Plumbing, list);
+}
+
+/// The local m2 gives way to the cloud's m1.
+bool Repair(const WorkPlace& place) {
+    CQbase qb;
+    if (!qb.openDatabase(Definition(), place.path, false) || !qb.lockForUpdate())
+        return false;
+    const bool renamed =
+        Util().FindAndRenameDuplicatedItems({L"m1"}, {}, {L"m2"}, {}, &qb, tolm::schema::kMaterial, 1, 2, true);
+    return qb.closeDatabase() && renamed;
+}
+
+constexpr DatasetWork kWorks[] = {
+    {"read", Read},
+    {"edit", [](const WorkPlace& place) { return Write(place, L"m1"); }},
+    {"create", [](const WorkPlace& place) { return Write(place, L"m9"); }},
+    {"delete", Delete},
+    {"stamp", [](const WorkPlace& place) { return Util().SetLocalVersion(place.path, Definition(), 7); }},
+    {"pull", Pull},
+    {"repair", Repair},
+};
+
+} // namespace
+
+std::span<const DatasetWork> DatasetWorks() {
+    return kWorks;
+}
+
+const DatasetWork& FindDatasetWork(const std::string& name) {
+    const auto found = std::ranges::find(kWorks, name, &DatasetWork::name);
+    if (found == std::end(kWorks))
+        throw std::invalid_argument("no operation " + name);
+    return *found;
+}
+
+} // namespace tolmtest

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "StoreSupport/StoreContent.h"
+#include "Support/FaultyFiles.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tolmtest {
+
+/// The files of a folder, to be put back.
+class FolderContent {
+public:
+    explicit FolderContent(std::wstring folder);
+    void PutBack() const;
+
+private:
+    std::wstring m_folder;
+    std::map<std::string, std::string> m_files;
+};
+
+/// Facts of a dataset file and of the status store beside it, "data/..." and "status/..."; none of a file that is not
+/// there. A file that fails its integrity check throws.
+Facts DatasetFacts(const std::wstring& path);
+
+/// Tries one operation on a dataset with a fault at each of its file calls in turn, until a run meets none: once for a
+/// single failing call, once for one after which all calls fail, and once for a disk that fills up at each byte count
+/// that matters. After each the operation must have told the truth, the dataset must be old or new, and the next try,
+/// without a fault, must succeed where it said that it failed. A status store that does not open leaves the change of
+/// the data untracked; nothing else does.
+class FaultLoop {
+public:
+    /// `work` is the operation; it returns what the operation does. The folder holds the dataset as it is before.
+    FaultLoop(const std::wstring& folder, std::wstring path, std::function<bool()> work);
+
+    /// A state that the operation passes through on disk by design, made by `make` out of the one before it.
+    void MayStopAt(const std::function<void()>& make);
+    /// A warning that may tell of a fault, by its beginning.
+    void MayWarnOf(const std::wstring& text) { m_warnings.push_back(text); }
+
+    void Run();
+    long Runs() const { return m_runs; }
+
+private:
+    enum class Fault { Once, ForGood, FullDisk };
+    void RunAll(Fault fault);
+    bool RunOne(Fault fault, long number);
+    void Judge(bool said, const std::string& where);
+    void ExpectNextTrySucceeds(const std::string& where);
+    void TakeWords(const std::string& where);
+
+    std::wstring m_path;
+    std::function<bool()> m_work;
+    FolderContent m_start;
+    Facts m_before;
+    Facts m_after;
+    std::vector<Facts> m_between;
+    std::vector<std::wstring> m_warnings{
+        L"closeDatabase 失败",      L"createRec 失败",        L"saveRec 失败",
+        L"openDatabase 失败",       L"beginTransaction 失败", L"云端下载的此条目没找到: ",
+        L"本地修改的此条目没找到: "};
+    FaultyFiles m_files;
+    long m_runs = 0;
+};
+
+} // namespace tolmtest

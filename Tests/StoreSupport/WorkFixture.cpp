@@ -1,0 +1,78 @@
+#include "StoreSupport/WorkFixture.h"
+
+namespace tolmtest {
+namespace {
+
+std::string MaterialRow(const std::string& id, const std::string& name) {
+    return R"({"ID":")" + id + R"(","text":")" + name +
+           R"(","groupName":"MaterialSeries","parentID":"","CreateTime":1,"content":{}})";
+}
+
+std::string Rows(const std::vector<std::string>& rows) {
+    std::string text = R"({"ConfigTree":[)";
+    for (const auto& row : rows)
+        text += (&row == &rows.front() ? "" : ",") + row;
+    return text + "]}";
+}
+
+void LoadAlone(WorkFixture& fixture) {
+    fixture.Load();
+}
+void LoadAndChange(WorkFixture& fixture) {
+    fixture.Load();
+    ASSERT_TRUE(fixture.Run("create"));
+}
+void FillCloudAlone(WorkFixture& fixture) {
+    fixture.FillCloud();
+}
+/// A file that was written before materials had a time of creation.
+void LoadAndAge(WorkFixture& fixture) {
+    fixture.Load();
+    Sql(fixture.Path(), "ALTER TABLE MTS DROP COLUMN CreateTime");
+}
+void LoadAndClash(WorkFixture& fixture) {
+    fixture.Load();
+    Sql(fixture.Path(), "UPDATE MTS SET Name = 'copper'");
+}
+void LoadAndMoveCloud(WorkFixture& fixture) {
+    fixture.Load();
+    fixture.CloudMoves();
+}
+
+} // namespace
+
+const std::vector<PreparedWork>& PreparedWorks() {
+    static const std::vector<PreparedWork> works{
+        {"FirstEdit", "edit", LoadAlone, true},        {"FurtherEdit", "edit", LoadAndChange, true},
+        {"Creation", "create", LoadAlone, true},       {"Deletion", "delete", LoadAlone, true},
+        {"VersionStamp", "stamp", LoadAlone, true},    {"IncrementalPull", "pull", LoadAndMoveCloud, false},
+        {"FirstPull", "pull", FillCloudAlone, false},  {"EditOfAnOlderFile", "edit", LoadAndAge, true},
+        {"NameRepair", "repair", LoadAndClash, false},
+    };
+    return works;
+}
+
+std::string PreparedWorkName(const testing::TestParamInfo<PreparedWork>& info) {
+    return info.param.title;
+}
+
+void WorkFixture::FillCloud() {
+    CloudHas(2, Rows({MaterialRow("m1", "copper"), MaterialRow("m2", "steel")}), Rows({}));
+}
+
+void WorkFixture::Load() {
+    FillCloud();
+    ASSERT_TRUE(Refresh());
+}
+
+void WorkFixture::CloudMoves() {
+    CloudHas(3, Rows({MaterialRow("m1", "bronze"), MaterialRow("m3", "zinc")}),
+             Rows({MaterialRow("m1", "copper"), MaterialRow("m2", "steel")}));
+}
+
+void WorkFixture::Prepare(const PreparedWork& work) {
+    work.prepare(*this);
+    TakeNotifications();
+}
+
+} // namespace tolmtest

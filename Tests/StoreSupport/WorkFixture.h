@@ -1,0 +1,43 @@
+#pragma once
+
+#include "StoreSupport/DatasetWorks.h"
+#include "StoreSupport/RefreshFixture.h"
+
+#include <string>
+#include <vector>
+
+namespace tolmtest {
+
+class WorkFixture;
+
+/// An operation on a dataset and what there is before it.
+struct PreparedWork {
+    const char* title;
+    const char* name; ///< of the `DatasetWork`
+    void (*prepare)(WorkFixture& fixture);
+    bool mayBeRepeated; ///< says true also when it was done before
+};
+
+const std::vector<PreparedWork>& PreparedWorks();
+std::string PreparedWorkName(const testing::TestParamInfo<PreparedWork>& info);
+inline void PrintTo(const PreparedWork& work, std::ostream* out) {
+    *out << work.title;
+}
+
+/// A dataset, a service that answers what an operation needs, and the operations.
+class WorkFixture : public RefreshFixture {
+public:
+    /// A cloud with two materials, at version 2.
+    void FillCloud();
+    /// Two materials that came from the cloud, at version 2.
+    void Load();
+    /// The cloud goes on: one material edited, one new, one gone.
+    void CloudMoves();
+    const wstring& Path() const { return path; }
+    bool Run(const char* work) { return FindDatasetWork(work).run({path, combinedPath, binaryFolder}); }
+
+protected:
+    void Prepare(const PreparedWork& work);
+};
+
+} // namespace tolmtest

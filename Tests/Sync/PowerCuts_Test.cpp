@@ -1,0 +1,86 @@
+#include "StoreSupport/DatasetWorks.h"
+#include "StoreSupport/FaultLoop.h"
+#include "StoreSupport/WorkFixture.h"
+#include "Support/ChildProcess.h"
+#include "Vorn/Text.h"
+
+#include <csignal>
+#include <cstdlib>
+
+namespace tolmtest {
+namespace {
+
+/// How many of the points are tried: every one with 1.
+long Stride() {
+    const char* const text = std::getenv("TOLM_CRASH_STRIDE");
+    return text == nullptr ? 7 : std::max(1L, std::atol(text));
+}
+
+/// An operation on a dataset during which the power is cut, again and again, each time before another change of its
+/// files; and cut again while the next process finds what was left.
+class PowerCuts : public WorkFixture, public testing::WithParamInterface<PreparedWork> {
+protected:
+    PowerCuts() { Prepare(GetParam()); }
+
+    /// Exit code, or minus the signal that ended it.
+    int Run(const std::string& work, long change, const std::string& unsynced, long seed) {
+        ChildProcess process({TOLM_BINARY_DIR "/bin/tolm-crash-process", work,
+                              vorn::StringUtil::ToString(folder.Path()), vorn::StringUtil::ToString(server.Address()),
+                              std::to_string(change), unsynced, std::to_string(seed)});
+        m_changes = std::atol(process.ReadLine().c_str());
+        return process.Wait();
+    }
+
+    /// The dataset must be as it was or as it is to be; from then on it stays so.
+    void ExpectOldOrNew(const std::string& where) {
+        const Facts facts = DatasetFacts(path);
+        if (facts != m_after) {
+            EXPECT_TRUE(Same(m_before, facts)) << where;
+        }
+    }
+
+    void CutOnce(const FolderContent& start, long change, const std::string& unsynced, long seed) {
+        const std::string where = std::string(GetParam().name) + ", change " + std::to_string(change) + ", " +
+                                  unsynced + ", seed " + std::to_string(seed);
+        start.PutBack();
+        ASSERT_EQ(Run(GetParam().name, change, unsynced, seed), -SIGKILL) << where;
+        const FolderContent wreck(folder.Path());
+        ExpectOldOrNew(where);
+        for (long again = 1; !HasFailure(); ++again) { // the recovery is interrupted too
+            wreck.PutBack();
+            if (Run("read", again, unsynced, seed + again) >= 0)
+                break;
+            ++m_points;
+            ExpectOldOrNew(where + ", again at " + std::to_string(again));
+        }
+        ++m_points;
+        wreck.PutBack();
+        const bool old = DatasetFacts(path) == m_before;
+        EXPECT_EQ(Run(GetParam().name, 0, unsynced, seed), old || GetParam().mayBeRepeated ? 0 : 1) << where;
+        EXPECT_TRUE(Same(m_after, DatasetFacts(path))) << where;
+    }
+
+    Facts m_before;
+    Facts m_after;
+    long m_changes = 0;
+    long m_points = 0;
+};
+
+TEST_P(PowerCuts, LeaveTheOldOrTheNew) {
+    const FolderContent start(folder.Path());
+    m_before = DatasetFacts(path);
+    ASSERT_EQ(Run(GetParam().name, 0, "kept", 0), 0);
+    const long changes = m_changes;
+    ASSERT_GT(changes, 3);
+    m_after = DatasetFacts(path);
+    for (long change = 1; change <= changes && !HasFailure(); change += Stride()) {
+        for (const char* const unsynced : {"kept", "dropped", "torn"})
+            CutOnce(start, change, unsynced, change);
+    }
+    std::cout << m_points << " power cuts, " << (HasFailure() ? 1 : 0) << " failures\n";
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, PowerCuts, testing::ValuesIn(PreparedWorks()), PreparedWorkName);
+
+} // namespace
+} // namespace tolmtest
