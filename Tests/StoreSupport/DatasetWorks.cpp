@@ -48,6 +48,18 @@ bool Repair(const WorkPlace& place) {
     return qb.closeDatabase() && renamed;
 }
 
+class NoProgress : public vorn::IProgressReporter {
+public:
+    void ReportProgress(double) override {}
+};
+
+bool Merge(const WorkPlace& place) {
+    NoProgress progress;
+    bool pending = true;
+    return Util().MergeCloudAndLocalDataset(L"P1", &progress, 3, 2, place.path, Definition(), place.combinedPath,
+                                            place.binaryFolder, &pending);
+}
+
 constexpr DatasetWork kWorks[] = {
     {"read", Read},
     {"edit", [](const WorkPlace& place) { return Write(place, L"m1"); }},
@@ -56,6 +68,7 @@ constexpr DatasetWork kWorks[] = {
     {"stamp", [](const WorkPlace& place) { return Util().SetLocalVersion(place.path, Definition(), 7); }},
     {"pull", Pull},
     {"repair", Repair},
+    {"merge", Merge},
 };
 
 } // namespace

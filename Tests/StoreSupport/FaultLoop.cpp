@@ -18,9 +18,9 @@ namespace {
 constexpr long kDiskStep = 512;
 
 /// How many of the faults are tried: every one with 1.
-long Stride() {
+long Stride(long otherwise) {
     const char* const text = std::getenv("TOLM_FAULT_STRIDE");
-    return text == nullptr ? 1 : std::max(1L, std::atol(text));
+    return text == nullptr ? otherwise : std::max(1L, std::atol(text));
 }
 
 std::filesystem::path NativePath(const std::wstring& path) {
@@ -73,7 +73,7 @@ Facts DatasetFacts(const std::wstring& path) {
 
 FaultLoop::FaultLoop(const std::wstring& folder, std::wstring path, std::function<bool()> work)
     : m_path(std::move(path)), m_work(std::move(work)), m_start(folder), m_before(DatasetFacts(m_path)),
-      m_files(folder) {
+      m_files(folder), m_stride(Stride(1)) {
     EXPECT_TRUE(m_work()) << "without a fault";
     m_after = DatasetFacts(m_path);
     EXPECT_NE(m_before, m_after) << "the operation changes nothing";
@@ -85,16 +85,20 @@ void FaultLoop::MayStopAt(const std::function<void()>& make) {
     m_between.push_back(DatasetFacts(m_path));
 }
 
+void FaultLoop::TryOneOf(long faults) {
+    m_stride = Stride(faults);
+}
+
 void FaultLoop::Run() {
     for (const auto fault : {Fault::Once, Fault::ForGood, Fault::FullDisk})
         RunAll(fault);
-    EXPECT_GT(m_runs * Stride(), 30) << "hardly a fault was met";
+    EXPECT_GT(m_runs * m_stride, 30) << "hardly a fault was met";
 }
 
 void FaultLoop::RunAll(Fault fault) {
     long number = fault == Fault::FullDisk ? 0 : 1;
     while (RunOne(fault, number) && !testing::Test::HasFailure())
-        number += Stride();
+        number += m_stride;
 }
 
 bool FaultLoop::RunOne(Fault fault, long number) {

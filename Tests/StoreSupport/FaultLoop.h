@@ -40,6 +40,9 @@ public:
     /// A warning that may tell of a fault, by its beginning.
     void MayWarnOf(const std::wstring& text) { m_warnings.push_back(text); }
 
+    /// Tries one of so many faults only, unless TOLM_FAULT_STRIDE says otherwise: for an operation of many file calls.
+    void TryOneOf(long faults);
+
     void Run();
     long Runs() const { return m_runs; }
 
@@ -62,6 +65,7 @@ private:
         L"openDatabase 失败",       L"beginTransaction 失败", L"云端下载的此条目没找到: ",
         L"本地修改的此条目没找到: "};
     FaultyFiles m_files;
+    long m_stride;
     long m_runs = 0;
 };
 

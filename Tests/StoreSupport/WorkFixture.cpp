@@ -39,15 +39,35 @@ void LoadAndMoveCloud(WorkFixture& fixture) {
     fixture.CloudMoves();
 }
 
+/// A local edit that loses against the cloud.
+void LoadAndLose(WorkFixture& fixture) {
+    fixture.Load();
+    ASSERT_TRUE(fixture.Run("edit"));
+    fixture.CloudMoves();
+}
+/// And a creation that stays.
+void LoadAndKeepOne(WorkFixture& fixture) {
+    fixture.Load();
+    ASSERT_TRUE(fixture.Run("edit"));
+    ASSERT_TRUE(fixture.Run("create"));
+    fixture.CloudMoves();
+}
+
 } // namespace
 
 const std::vector<PreparedWork>& PreparedWorks() {
     static const std::vector<PreparedWork> works{
-        {"FirstEdit", "edit", LoadAlone, true},        {"FurtherEdit", "edit", LoadAndChange, true},
-        {"Creation", "create", LoadAlone, true},       {"Deletion", "delete", LoadAlone, true},
-        {"VersionStamp", "stamp", LoadAlone, true},    {"IncrementalPull", "pull", LoadAndMoveCloud, false},
-        {"FirstPull", "pull", FillCloudAlone, false},  {"EditOfAnOlderFile", "edit", LoadAndAge, true},
+        {"FirstEdit", "edit", LoadAlone, true},
+        {"FurtherEdit", "edit", LoadAndChange, true},
+        {"Creation", "create", LoadAlone, true},
+        {"Deletion", "delete", LoadAlone, true},
+        {"VersionStamp", "stamp", LoadAlone, true},
+        {"IncrementalPull", "pull", LoadAndMoveCloud, false},
+        {"FirstPull", "pull", FillCloudAlone, false},
+        {"EditOfAnOlderFile", "edit", LoadAndAge, true},
         {"NameRepair", "repair", LoadAndClash, false},
+        {"MergeThatKeepsAChange", "merge", LoadAndKeepOne, true},
+        {"MergeThatKeepsNone", "merge", LoadAndLose, false},
     };
     return works;
 }
