@@ -47,7 +47,7 @@ void ConvergeFixture::OpenHosts(int count, const std::string& project) {
     while (m_processes.size() < static_cast<std::size_t>(count)) {
         const auto user = "user " + std::to_string(m_processes.size());
         service.AddUser(user, "secret");
-        m_processes.push_back({std::make_unique<HostProcess>(), service.SignIn(user, "secret"), nullptr, 0, {}});
+        m_processes.push_back({std::make_unique<HostProcess>(), service.SignIn(user, "secret"), nullptr, 0, {}, {}});
     }
     for (int number = 0; number < count; ++number)
         OpenHost(number, project);
@@ -60,6 +60,7 @@ void ConvergeFixture::OpenHost(int number, const std::string& project) {
     std::filesystem::remove_all(vorn::FileSystem::ToNative(folder.File(name)));
     host.dataset = std::make_unique<HostedDataset>(folder.File(name), componentPath);
     host.open.clear();
+    host.takenBack.clear();
     const auto file = [&](const wchar_t* leaf) { return Narrow(folder.File(name) + L"/" + leaf); };
     Ask(number, {{"do", "open"},
                  {"dataset", Narrow(host.dataset->Path())},
@@ -105,6 +106,7 @@ void ConvergeFixture::TakeAnswer(int number, const json& answer) {
         m_edits.push_back(edit);
     }
     host.open.clear();
+    host.takenBack.clear();
 }
 
 // --- steps ---------------------------------------------------------------------------------------------------------
@@ -135,19 +137,30 @@ void ConvergeFixture::PlayStep(const json& step) {
         PlayEdit(step);
 }
 
+/// A removal is taken back only before it was sent. One that is taken back and made again is forgotten: a creation and
+/// a removal leave no trace.
+json ConvergeFixture::CommandFor(const json& step, Host& host) {
+    const auto setting = SettingOf(step);
+    if (step.at("do") == "delete" && host.takenBack.contains(setting))
+        return {};
+    json command = step;
+    const auto before = host.open.find(setting);
+    if (step.value("undo", false) && before != host.open.end() && before->second.step.at("do") == "delete") {
+        command["new"] = true;
+        host.takenBack.insert(setting);
+    }
+    return command;
+}
+
 void ConvergeFixture::PlayEdit(const json& step) {
     const int number = step.at("host");
     Host& host = *m_hosts[static_cast<std::size_t>(number)];
-    const auto setting = SettingOf(step);
-    const auto before = host.open.find(setting);
-    json command = step;
-    if (step.value("undo", false) && before != host.open.end() && before->second.step.at("do") == "delete")
-        command["new"] = true;
-    if (!Ask(number, command).at("done").get<bool>()) {
+    const auto command = CommandFor(step, host);
+    if (command.is_null() || !Ask(number, command).at("done").get<bool>()) {
         ++counts.skipped;
         return;
     }
-    host.open[setting] = {step, host.version, 0};
+    host.open[SettingOf(step)] = {step, host.version, 0};
 }
 
 void ConvergeFixture::PlaySync(const json& step) {

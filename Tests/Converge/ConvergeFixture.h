@@ -8,6 +8,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -52,11 +53,14 @@ private:
         std::unique_ptr<HostedDataset> dataset;
         long long version = 0;
         std::map<std::string, NotedEdit> open; ///< by setting: the last one since the last synchronisation
+        std::set<std::string> takenBack;       ///< settings whose removal was taken back since then
     };
 
     void OpenHost(int number, const std::string& project);
     void PlayStep(const nlohmann::json& step);
     void PlayEdit(const nlohmann::json& step);
+    /// As the host can do it now; null for an edit that the claim leaves out.
+    static nlohmann::json CommandFor(const nlohmann::json& step, Host& host);
     void PlaySync(const nlohmann::json& step);
     void PlayTogether(const nlohmann::json& step);
     void ExpectNamesApart(const nlohmann::json& tables) const;

@@ -160,6 +160,19 @@ TEST_F(Converge, OfTwoNewRecordsOfANameTheSecondGetsANumber) {
     EXPECT_EQ(log.Of(SliceOf("pipe groups"), "1-1").back().Name(), "B(1)");
 }
 
+// A creation that is removed again leaves no note, and what stood before the first removal is forgotten with it.
+TEST_F(Converge, ARemovalThatIsTakenBackAndMadeAgainIsNotSent) {
+    OpenHosts(1, "P");
+    const json removal{{"do", "delete"}, {"slice", "pipe groups"}, {"id", "first group"}};
+    json back{{"do", "put"}, {"slice", "pipe groups"}, {"id", "first group"}, {"name", "A"}};
+    back.update({{"mark", 11}, {"n", 0}, {"new", true}});
+    for (const auto& command : {removal, back, removal})
+        EXPECT_TRUE(Ask(0, command).at("done"));
+    ExpectSynced(0);
+    EXPECT_EQ(Ask(0, {{"do", "list"}, {"slice", "pipe groups"}}).at("records"), json::array());
+    EXPECT_EQ(service.Version("P"), 1);
+}
+
 TEST_F(Converge, ASeedAlwaysGivesTheSameHistoryAndAnotherSeedAnotherOne) {
     EXPECT_EQ(HostHistoryMaker(5).History(), HostHistoryMaker(5).History());
     EXPECT_NE(HostHistoryMaker(5).History(), HostHistoryMaker(6).History());
