@@ -27,6 +27,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <thread>
 
@@ -111,6 +112,7 @@ public:
         projects.Create(m_name, m_name);
         const auto file = tolm::service::ReadProjectFile(tolm::bench::GenerateProject(m_settings), Shared().Folder());
         projects.Fill(m_name, file.rows, false);
+        m_rows = file.rows;
         Open();
         Require(m_dataset->SyncDataFromCloud(false, nullptr, nullptr), "the pull");
         ChangeLocally();
@@ -159,10 +161,19 @@ public:
                 "the merge");
     }
 
-    /// Merges, and has the service tell its version, so that it takes the next upload.
+    /// Both stores as a merge left them, the service with the rows that the upload is to change as they were before,
+    /// and told of its version, so that it takes the upload.
     void PrepareUpload() {
-        Restore();
-        Merge();
+        if (m_sentBefore.put.empty()) {
+            Merge();
+            CopyStore(m_path, Merged(m_path));
+            CopyStore(Status(), Merged(Status()));
+            NoteSent();
+        }
+        CopyStore(Merged(m_path), m_path);
+        CopyStore(Merged(Status()), Status());
+        Shared().Service().Projects().Apply(m_name, m_sentBefore);
+        m_dataset->GetCloudVersion(Id()); // the first one after an upload tells of that upload
         m_dataset->GetCloudVersion(Id());
     }
     void Upload() { Require(m_dataset->SendModifiedDataToCloud(false, nullptr), "the upload"); }
@@ -175,6 +186,26 @@ private:
     wstring Id() const { return vorn::StringUtil::ToWString(m_name); }
     wstring Status() const { return tolm::DatasetPaths::Of(m_path).status; }
     static wstring Kept(const wstring& path) { return path + L".kept"; }
+    static wstring Merged(const wstring& path) { return path + L".merged"; }
+
+    /// The rows of the project's beginning that are noted as edited.
+    void NoteSent() {
+        std::vector<wstring> created;
+        std::vector<wstring> edited;
+        std::vector<wstring> removed;
+        CQbase status;
+        Require(status.openDatabase(tolm::DataSetFilePath::TOLMDDQFilePath, Status(), false) && status.lockForRead(),
+                "the status store");
+        tolm::MepQbaseUtil::GetInstance()->GetLocalChangedIdList(&status, 1, 2, "PSI", created, edited, removed);
+        std::set<std::string> ids;
+        for (const auto& id : edited)
+            ids.insert(vorn::StringUtil::ToString(id));
+        for (const auto& row : m_rows) {
+            if (ids.contains(row.id))
+                m_sentBefore.put.push_back(row);
+        }
+        Require(!m_sentBefore.put.empty(), "rows to send");
+    }
 
     /// New names for every hundredth of the pipe tables, as many as a hundredth of all rows.
     void ChangeLocally() {
@@ -197,6 +228,8 @@ private:
     wstring m_combined = Shared().File(m_name + " combined.db");
     wstring m_files = Shared().File(m_name + " files");
     std::size_t m_localChanges = 0;
+    std::vector<tolm::service::SettingRow> m_rows;
+    tolm::service::SettingChange m_sentBefore;
     vorn::OwnerPtr<tolm::ITolmDataset> m_dataset;
 };
 
@@ -232,6 +265,7 @@ void Merge(benchmark::State& state) {
 
 void Upload(benchmark::State& state) {
     Project& project = ProjectOf(state.range(0));
+    project.Restore();
     while (state.KeepRunning()) {
         project.PrepareUpload();
         state.SetIterationTime(SecondsOf([&] { project.Upload(); }));
