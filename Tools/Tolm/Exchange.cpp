@@ -1,9 +1,12 @@
 #include "Tolm/Exchange.h"
 
+#include "Tolm/BalancingMethods.h"
+#include "Tolm/Components.h"
 #include "Tolm/JsonFields.h"
 
 #include "Host/Components.h"
 #include "Host/Session.h"
+#include "Vorn/Guid.h"
 
 #include <algorithm>
 #include <array>
@@ -72,7 +75,7 @@ constexpr JsonField<Template> kTemplate[] = {
 std::int16_t Short(const Json& value) {
     const auto number = jsonfield::Whole(value);
     if (number < std::numeric_limits<std::int16_t>::min() || number > std::numeric_limits<std::int16_t>::max())
-        throw Failure("a size is a number of 16 bits, not " + value.dump());
+        throw Failure("a number of 16 bits is wanted, not " + value.dump());
     return static_cast<std::int16_t>(number);
 }
 
@@ -130,6 +133,29 @@ constexpr JsonField<Sizing> kSizing[] = {
     jsonfield::Flag<Sizing, &Sizing::GetUseStaticRegain, &Sizing::SetUseStaticRegain>("useStaticRegain"),
     jsonfield::Real<Sizing, &Sizing::GetMinWPerHRatio, &Sizing::SetMinWPerHRatio>("minWidthPerHeight"),
     {"steps", &StepsOf, &SetSteps},
+};
+
+using Balancing = tolm::DataSetBalancingMethod;
+
+/// The store keeps no discipline of what is written here; one that came from elsewhere is told.
+constexpr JsonField<Balancing> kBalancing[] = {
+    jsonfield::Text<Balancing, &Balancing::GetId, &Balancing::SetId>("id"),
+    jsonfield::Text<Balancing, &Balancing::GetName, &Balancing::SetName>("name"),
+    jsonfield::Text<Balancing, &Balancing::GetDesc, &Balancing::SetDesc>("description"),
+    {"discipline", [](const Balancing& method) { return Json(static_cast<int>(method.disciplineId())); }, nullptr},
+    jsonfield::Real<Balancing, &Balancing::GetDev1DpMin, &Balancing::SetDev1Min>("device1PressureMin"),
+    jsonfield::Real<Balancing, &Balancing::GetDev1DpMax, &Balancing::SetDev1Max>("device1PressureMax"),
+    jsonfield::Real<Balancing, &Balancing::GetDev2DpMin, &Balancing::SetDev2Min>("device2PressureMin"),
+    jsonfield::Real<Balancing, &Balancing::GetDev2DpMax, &Balancing::SetDev2Max>("device2PressureMax"),
+    {"throttling1Min", [](const Balancing& method) { return Json(method.GetThrottlingLimit1Min()); },
+     [](Balancing& method, const Json& value) { method.SetThrottlingLimit1Min(Short(value)); }},
+    {"throttling1Max", [](const Balancing& method) { return Json(method.GetThrottlingLimit1Max()); },
+     [](Balancing& method, const Json& value) { method.SetThrottlingLimit1Max(Short(value)); }},
+    {"throttling2Min", [](const Balancing& method) { return Json(method.GetThrottlingLimit2Min()); },
+     [](Balancing& method, const Json& value) { method.SetThrottlingLimit2Min(Short(value)); }},
+    {"throttling2Max", [](const Balancing& method) { return Json(method.GetThrottlingLimit2Max()); },
+     [](Balancing& method, const Json& value) { method.SetThrottlingLimit2Max(Short(value)); }},
+    jsonfield::Flag<Balancing, &Balancing::GetIsWarningNearRoot, &Balancing::SetIsWarningNearRoot>("warningNearRoot"),
 };
 
 constexpr JsonField<Reference> kReference[] = {
@@ -275,6 +301,13 @@ Json ReadSizing(Workplace& place) {
     return list;
 }
 
+Json ReadBalancing(Workplace& place) {
+    Json list = Json::array();
+    for (const auto& method : ReadBalancingMethods(place.Path()))
+        list.push_back(ToJson(method, kBalancing));
+    return list;
+}
+
 template <class Method, const auto& Fields, bool (tolm::TolmBaseDesignData::*Add)(const Method&)>
 void WriteMethods(Workplace& place, const Json& records) {
     std::vector<Method> list(records.size());
@@ -341,6 +374,31 @@ void RemoveProduct(Workplace& place, const Json& record) {
     place.FailOnFaults("the product was not deleted");
 }
 
+// --- new records
+// ------------------------------------------------------------------------------------------------------
+
+Json MakeTemplate() {
+    return ToJson(*tolm::ITolmDataSetFactory::Get()->CreateCircuitTemplate(), kTemplate);
+}
+
+template <class Method, const auto& Fields> Json MakeMethod() {
+    return ToJson(Method(), Fields);
+}
+
+Json MakeProduct() {
+    Product product;
+    product.Id = vorn::GuidUtils::ToString(vorn::GuidUtils::Generate(), false, false);
+    return ToJson(product, kProduct);
+}
+
+template <class Record> std::vector<std::string> Taken(JsonFields<Record> fields) {
+    std::vector<std::string> keys;
+    for (const auto& field : fields)
+        if (field.set != nullptr)
+            keys.emplace_back(field.key);
+    return keys;
+}
+
 using Base = tolm::TolmBaseDesignData;
 
 } // namespace
@@ -351,30 +409,62 @@ const std::vector<ExchangeKind>& ExchangeKinds() {
          "template",
          "circuit templates",
          {"systemTypeName", "wireType", "wireSpec", "conduitType", "conduitDN", "layingMode", "id"},
+         nullptr,
          &ReadTemplates,
+         &MakeTemplate,
          &WriteTemplates,
-         &RemoveTemplate},
+         &RemoveTemplate,
+         Taken<Template>(kTemplate)},
         {"insulations",
          "insulation",
          "insulation series",
          {"description", "code", "discipline", "type", "id"},
+         "description",
          &ReadInsulation,
+         &MakeMethod<Insulation, kInsulation>,
          &WriteMethods<Insulation, kInsulation, &Base::AddInsulationSerie>,
-         &RemoveMethod<Insulation, &Base::DeleteInsulationSeries>},
+         &RemoveMethod<Insulation, &Base::DeleteInsulationSeries>,
+         Taken<Insulation>(kInsulation)},
         {"sizings",
          "sizing",
          "sizing methods",
          {"description", "code", "type", "id"},
+         "description",
          &ReadSizing,
+         &MakeMethod<Sizing, kSizing>,
          &WriteMethods<Sizing, kSizing, &Base::AddSizingMethod>,
-         &RemoveMethod<Sizing, &Base::DeleteSizingMethods>},
+         &RemoveMethod<Sizing, &Base::DeleteSizingMethods>,
+         Taken<Sizing>(kSizing)},
+        {"balancings",
+         "balancing",
+         "balancing methods",
+         {"name", "description", "discipline", "id"},
+         "name",
+         &ReadBalancing,
+         &MakeMethod<Balancing, kBalancing>,
+         &WriteMethods<Balancing, kBalancing, &Base::AddBalancingMethod>,
+         &RemoveMethod<Balancing, &Base::DeleteBalancingMethods>,
+         Taken<Balancing>(kBalancing)},
         {"products",
          "product",
          "combined products",
          {"name", "category", "spacing", "id"},
+         "name",
          &ReadProducts,
+         &MakeProduct,
          &WriteProducts,
-         &RemoveProduct},
+         &RemoveProduct,
+         Taken<Product>(kProduct)},
+        {"components",
+         "component",
+         "components",
+         {"name", "category", "componentType", "version", "id"},
+         nullptr,
+         &ReadComponents,
+         nullptr,
+         nullptr,
+         nullptr,
+         {}},
     };
     return kinds;
 }
