@@ -114,6 +114,7 @@ nlohmann::json HostHistoryMaker::History() {
 
 void HostHistoryMaker::KnowFirst() {
     m_known.clear();
+    m_deletedSystems.clear();
     const auto know = [&](const char* word, const char* id) { m_known.push_back({&SliceOf(word), id, -1}); };
     know("pipe materials", "pipe material");
     know("pipe materials", "first material");
@@ -138,17 +139,46 @@ nlohmann::json HostHistoryMaker::Step() {
     if (Chance(7))
         return Together();
     const int host = static_cast<int>(Below(m_hosts));
-    return Chance(28) ? Sync(host) : Edit(host);
+    if (Chance(10))
+        return Direct(host);
+    return Chance(31) ? Sync(host) : Edit(host);
 }
 
 nlohmann::json HostHistoryMaker::Sync(int host) {
     json step{{"host", host}, {"do", "sync"}};
+    if (!m_deletedSystems.empty() && Chance(60))
+        step["recover"] = WantedBack();
     if (Chance(25)) {
         constexpr std::array kCalls{"/api/UpLoad/", "/api/UpLoad/", "/api/GetVersion/", "/api/DownloadVersion/"};
         step["lose"] = kCalls[Below(kCalls.size())];
         if (Chance(40))
             step["rounds"] = 1;
     }
+    return step;
+}
+
+nlohmann::json HostHistoryMaker::WantedBack() {
+    json ids = json::array();
+    for (const auto& id : m_deletedSystems) {
+        if (Chance(60))
+            ids.push_back(id);
+    }
+    return ids;
+}
+
+/// A few templates and products that all hosts write and remove.
+nlohmann::json HostHistoryMaker::Direct(int host) {
+    constexpr std::array kCategories{"16353515", "16302510"};
+    const auto number = Below(4);
+    const bool isProduct = Chance(50);
+    json step{{"host", host}, {"do", isProduct ? "product" : "template"}};
+    step["id"] = (isProduct ? "k" : "t") + std::to_string(number);
+    if (isProduct)
+        step["category"] = kCategories[number % kCategories.size()];
+    if (Chance(30))
+        step["remove"] = true;
+    else
+        step["mark"] = ++m_mark;
     return step;
 }
 
@@ -186,6 +216,8 @@ nlohmann::json HostHistoryMaker::New(int host) {
 nlohmann::json HostHistoryMaker::Change(int host, const Known& known) {
     if (MayBeDeleted(*known.slice, known.host < 0) && Chance(35)) {
         m_deleted.emplace_back(host, known.id);
+        if (known.slice->kind == SettingKind::System && IsShared(*known.slice))
+            m_deletedSystems.push_back(known.id);
         return {{"host", host}, {"do", "delete"}, {"slice", known.slice->word}, {"id", known.id}};
     }
     json step = Put(host, *known.slice, known.id);
