@@ -168,7 +168,9 @@ void ConvergeFixture::PlayEdit(const json& step) {
 }
 
 void ConvergeFixture::PlayDirect(const json& step) {
-    const auto answer = Ask(step.at("host"), step);
+    json command = step;
+    command["service"] = Narrow(service.Address());
+    const auto answer = Ask(step.at("host"), command);
     EXPECT_TRUE(answer.at("done")) << step << ": " << answer;
     ++counts.direct;
     const auto setting = step.at("do").get<std::string>() + "/" + step.at("id").get<std::string>();

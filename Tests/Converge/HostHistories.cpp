@@ -107,8 +107,11 @@ nlohmann::json HostHistoryMaker::History() {
     m_hosts = static_cast<int>(2 + Below(5));
     KnowFirst();
     json steps = json::array();
-    for (auto count = kFewestSteps + Below(kFurtherSteps); count > 0; --count)
+    for (auto count = kFewestSteps + Below(kFurtherSteps); count > 0; --count) {
+        if (Chance(4))
+            AddRecovery(steps);
         steps.push_back(Step());
+    }
     return {{"hosts", m_hosts}, {"steps", std::move(steps)}};
 }
 
@@ -155,6 +158,28 @@ nlohmann::json HostHistoryMaker::Sync(int host) {
             step["rounds"] = 1;
     }
     return step;
+}
+
+/// One host removes a system type, and another one that has nothing to send takes it back.
+void HostHistoryMaker::AddRecovery(json& steps) {
+    std::vector<const Known*> systems;
+    for (const Known& known : m_known) {
+        if (known.slice->kind == SettingKind::System && IsShared(*known.slice))
+            systems.push_back(&known);
+    }
+    const Known& system = *systems[Below(systems.size())];
+    const int remover = static_cast<int>(Below(m_hosts));
+    const int other = (remover + 1) % m_hosts;
+    for (const int host : {remover, other})
+        steps.push_back({{"host", host}, {"do", "sync"}});
+    steps.push_back({{"host", remover}, {"do", "delete"}, {"slice", system.slice->word}, {"id", system.id}});
+    m_deleted.emplace_back(remover, system.id);
+    m_deletedSystems.push_back(system.id);
+    steps.push_back(Sync(remover));
+    if (Chance(30))
+        steps.push_back(Edit(remover));
+    steps.push_back(Sync(other));
+    steps.back()["recover"] = {system.id};
 }
 
 nlohmann::json HostHistoryMaker::WantedBack() {

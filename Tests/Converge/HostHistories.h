@@ -57,6 +57,7 @@ private:
     json Sync(int host);
     json Together();
     json Direct(int host);
+    void AddRecovery(json& steps);
     json WantedBack();
     json Put(int host, const Slice& slice, const std::string& id);
     std::string Name(const Slice& slice);

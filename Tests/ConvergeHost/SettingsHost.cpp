@@ -152,8 +152,9 @@ json SettingsHost::Delete(const json& command) {
     return {{"done", isGone}, {"fault", !isGone}};
 }
 
-/// Goes to the service at once, which has to take it.
+/// Goes to "service" at once, which has to take it.
 json SettingsHost::Direct(const json& command) {
+    OpenSession(command);
     if (command.at("do") == "product")
         return {{"done", DoProduct(*m_dataset, command)}};
     DoTemplate(*m_dataset, command);
