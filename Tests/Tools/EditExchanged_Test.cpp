@@ -250,3 +250,58 @@ TEST_F(CatalogueComponents, OfADamagedDatabaseAreNotTakenForNone) {
     EXPECT_EQ(run.code, Failed);
     EXPECT_TRUE(Contains(run.err, "could not be read")) << run.err;
 }
+
+// --- with a service
+// --------------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// A pulled dataset; what the service has is read from it.
+class SharedEdits : public ConnectedTool {
+protected:
+    void SetUp() override {
+        ConnectedTool::SetUp();
+        ASSERT_EQ(On("pull").code, Done);
+    }
+    json Rows(const char* table) { return json::parse(m_service.Tables("tower")).value(table, json::array()); }
+};
+
+} // namespace
+
+TEST_F(SharedEdits, OfATemplateReachTheServiceAtOnce) {
+    ASSERT_EQ(On("add", {"template", "--set", "id=t1", "--set", "wireSpec=4"}).code, Done);
+    ASSERT_EQ(Rows("CircuitTemplate").size(), 1U);
+    EXPECT_EQ(Rows("CircuitTemplate")[0].at("WireSpec"), "4");
+    const auto run = On("edit", {"template", "t1", "--set", "wireSpec=6"});
+    ASSERT_EQ(run.code, Done) << run.err;
+    ASSERT_EQ(Rows("CircuitTemplate").size(), 1U);
+    EXPECT_EQ(Rows("CircuitTemplate")[0].at("WireSpec"), "6");
+    EXPECT_EQ(m_service.Version("tower"), 3);
+}
+
+TEST_F(SharedEdits, OfAProductReachTheServiceAtOnce) {
+    const std::vector<std::string> members{"--set", "category=16353515", "--set",
+                                           R"(components=[{"category":"c","component":"meter"}])"};
+    std::vector<std::string> add{"product", "--name", "Meter set"};
+    add.insert(add.end(), members.begin(), members.end());
+    const auto run = On("add", add);
+    ASSERT_EQ(run.code, Done) << run.err;
+    ASSERT_EQ(On("edit", {"product", "Meter set", "--set", "spacing=300"}).code, Done);
+    ASSERT_EQ(Rows("Combination_16353515").size(), 1U);
+    EXPECT_EQ(Rows("Combination_16353515")[0].at("Spacing"), 300);
+    EXPECT_EQ(Rows("Combination_16353515")[0].at("Name"), "Meter set");
+}
+
+TEST_F(SharedEdits, OfAMethodStayHereAndNeedNoService) {
+    m_service.Restart(); // on another port
+    ASSERT_EQ(On("add", {"balancing", "--name", "Valves"}).code, Done);
+    EXPECT_EQ(m_service.Version("tower"), 1);
+    EXPECT_EQ(On("changes").out, "No local changes\n");
+}
+
+TEST_F(SharedEdits, ThatTheServiceDoesNotTakeStayHereAndAreTold) {
+    const auto run = On("add", {"product", "--name", "x", "--set", "id=p1", "--set", "category=99999999"});
+    EXPECT_EQ(run.code, Failed);
+    EXPECT_TRUE(Contains(run.err, "stored here, but the service did not take it")) << run.err;
+    EXPECT_EQ(On("list", {"products", "--json"}).Json().size(), 1U);
+}

@@ -156,7 +156,7 @@ bool AddExchanged(const Options& options, Context& context) {
     if (FindById(ReadAll(place, *kind), record.at("id")) != nullptr)
         throw Failure("the id " + record.at("id").get<std::string>() + " is taken: 'tolm edit' changes what it names",
                       Refused);
-    OpenSession(place);
+    OpenSession(place, *kind);
     StoreOne(place, *kind, record, "Added", context);
     return true;
 }
@@ -174,7 +174,7 @@ bool EditExchanged(const Options& options, Context& context) {
         throw Failure("nothing to change: give --set MEMBER=VALUE", Misused);
     if (record.at("id") != id)
         throw Failure("the id of a record does not change", Misused);
-    OpenSession(place);
+    OpenSession(place, *kind);
     StoreOne(place, *kind, record, "Changed", context);
     return true;
 }
@@ -225,7 +225,7 @@ bool DeleteExchanged(const Options& options, Context& context) {
     if (kind == nullptr)
         return false;
     Workplace place(StringUtil::ToWString(options.dataset));
-    OpenSession(place);
+    OpenSession(place, *kind);
     for (const auto& name : options.names) {
         const Json records = ReadAll(place, *kind);
         kind->remove(place, FindRecord(*kind, records, name));
@@ -258,7 +258,7 @@ void RunImport(const Options& options, Context& context) {
     const auto& kind = KindOfFile(options);
     const Json records = RecordsOf(options.file, kind);
     Workplace place(StringUtil::ToWString(options.dataset));
-    OpenSession(place);
+    OpenSession(place, kind);
     if (!records.empty())
         kind.write(place, records);
     context.out << "Imported " << records.size() << ' ' << kind.words << '\n';

@@ -409,6 +409,7 @@ const std::vector<ExchangeKind>& ExchangeKinds() {
          "template",
          "circuit templates",
          {"systemTypeName", "wireType", "wireSpec", "conduitType", "conduitDN", "layingMode", "id"},
+         true,
          nullptr,
          &ReadTemplates,
          &MakeTemplate,
@@ -419,6 +420,7 @@ const std::vector<ExchangeKind>& ExchangeKinds() {
          "insulation",
          "insulation series",
          {"description", "code", "discipline", "type", "id"},
+         false,
          "description",
          &ReadInsulation,
          &MakeMethod<Insulation, kInsulation>,
@@ -429,6 +431,7 @@ const std::vector<ExchangeKind>& ExchangeKinds() {
          "sizing",
          "sizing methods",
          {"description", "code", "type", "id"},
+         false,
          "description",
          &ReadSizing,
          &MakeMethod<Sizing, kSizing>,
@@ -439,6 +442,7 @@ const std::vector<ExchangeKind>& ExchangeKinds() {
          "balancing",
          "balancing methods",
          {"name", "description", "discipline", "id"},
+         false,
          "name",
          &ReadBalancing,
          &MakeMethod<Balancing, kBalancing>,
@@ -449,6 +453,7 @@ const std::vector<ExchangeKind>& ExchangeKinds() {
          "product",
          "combined products",
          {"name", "category", "spacing", "id"},
+         true,
          "name",
          &ReadProducts,
          &MakeProduct,
@@ -459,6 +464,7 @@ const std::vector<ExchangeKind>& ExchangeKinds() {
          "component",
          "components",
          {"name", "category", "componentType", "version", "id"},
+         false,
          nullptr,
          &ReadComponents,
          nullptr,
@@ -492,7 +498,9 @@ const Json& FindRecord(const ExchangeKind& kind, const Json& records, const std:
     return *found;
 }
 
-void OpenSession(Workplace& place) {
+void OpenSession(Workplace& place, const ExchangeKind& kind) {
+    if (!kind.isShared)
+        return;
     const auto& profile = place.Settings();
     if (profile.server.empty() && profile.project.empty())
         tolm::CollaborationProjectSettingForPS::Open({});

@@ -16,6 +16,7 @@ struct ExchangeKind {
     const char* one;
     const char* words;                ///< what a list counts
     std::vector<const char*> columns; ///< members that a list shows; the first is what a record goes by beside its id
+    bool isShared;                    ///< goes to the service at once
     const char* nameMember;           ///< what --name sets; null where a record has no name of its own
     nlohmann::ordered_json (*read)(Workplace& place);
     /// A new record with an id of its own. Null, like the operations and members behind it, for what is only read.
@@ -37,8 +38,8 @@ const ExchangeKind* FindExchangeKind(const std::string& word);
 const nlohmann::ordered_json& FindRecord(const ExchangeKind& kind, const nlohmann::ordered_json& records,
                                          const std::string& idOrName);
 
-/// Signs in where the dataset has a service, and opens a session without a project where it has none: what is shared
-/// at once then stays here.
-void OpenSession(Workplace& place);
+/// For what is shared at once: signs in where the dataset has a service, and opens a session without a project where
+/// it has none, so that it stays here. All else needs no session.
+void OpenSession(Workplace& place, const ExchangeKind& kind);
 
 } // namespace tolmcli
