@@ -401,6 +401,25 @@ template <class Record> std::vector<std::string> Taken(JsonFields<Record> fields
 
 using Base = tolm::TolmBaseDesignData;
 
+/// A kind of design method; it goes by the first of the columns.
+template <class Method, const auto& Fields, bool (Base::*Add)(const Method&),
+          bool (Base::*Delete)(const std::vector<Method>&)>
+ExchangeKind MethodKind(const char* many, const char* one, const char* words, std::vector<const char*> columns,
+                        Json (*read)(Workplace&)) {
+    const char* const name = columns.front();
+    return {many,
+            one,
+            words,
+            std::move(columns),
+            false,
+            name,
+            read,
+            &MakeMethod<Method, Fields>,
+            &WriteMethods<Method, Fields, Add>,
+            &RemoveMethod<Method, Delete>,
+            Taken<Method>(Fields)};
+}
+
 } // namespace
 
 const std::vector<ExchangeKind>& ExchangeKinds() {
@@ -416,39 +435,14 @@ const std::vector<ExchangeKind>& ExchangeKinds() {
          &WriteTemplates,
          &RemoveTemplate,
          Taken<Template>(kTemplate)},
-        {"insulations",
-         "insulation",
-         "insulation series",
-         {"description", "code", "discipline", "type", "id"},
-         false,
-         "description",
-         &ReadInsulation,
-         &MakeMethod<Insulation, kInsulation>,
-         &WriteMethods<Insulation, kInsulation, &Base::AddInsulationSerie>,
-         &RemoveMethod<Insulation, &Base::DeleteInsulationSeries>,
-         Taken<Insulation>(kInsulation)},
-        {"sizings",
-         "sizing",
-         "sizing methods",
-         {"description", "code", "type", "id"},
-         false,
-         "description",
-         &ReadSizing,
-         &MakeMethod<Sizing, kSizing>,
-         &WriteMethods<Sizing, kSizing, &Base::AddSizingMethod>,
-         &RemoveMethod<Sizing, &Base::DeleteSizingMethods>,
-         Taken<Sizing>(kSizing)},
-        {"balancings",
-         "balancing",
-         "balancing methods",
-         {"name", "description", "discipline", "id"},
-         false,
-         "name",
-         &ReadBalancing,
-         &MakeMethod<Balancing, kBalancing>,
-         &WriteMethods<Balancing, kBalancing, &Base::AddBalancingMethod>,
-         &RemoveMethod<Balancing, &Base::DeleteBalancingMethods>,
-         Taken<Balancing>(kBalancing)},
+        MethodKind<Insulation, kInsulation, &Base::AddInsulationSerie, &Base::DeleteInsulationSeries>(
+            "insulations", "insulation", "insulation series", {"description", "code", "discipline", "type", "id"},
+            &ReadInsulation),
+        MethodKind<Sizing, kSizing, &Base::AddSizingMethod, &Base::DeleteSizingMethods>(
+            "sizings", "sizing", "sizing methods", {"description", "code", "type", "id"}, &ReadSizing),
+        MethodKind<Balancing, kBalancing, &Base::AddBalancingMethod, &Base::DeleteBalancingMethods>(
+            "balancings", "balancing", "balancing methods", {"name", "description", "discipline", "id"},
+            &ReadBalancing),
         {"products",
          "product",
          "combined products",
