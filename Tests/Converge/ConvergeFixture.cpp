@@ -42,6 +42,7 @@ void ConvergeFixture::OpenHosts(int count, const std::string& project) {
     Open(FirstTables(), project);
     m_project = project;
     m_edits.clear();
+    m_direct.clear();
     m_hosts.clear();
     m_processes.reserve(32);
     while (m_processes.size() < static_cast<std::size_t>(count)) {
@@ -98,6 +99,7 @@ void ConvergeFixture::TakeAnswer(int number, const json& answer) {
     for (const std::string step : answer.value("steps", json::array()))
         ++counts.steps[step];
     counts.refused += answer.value("failed", 0);
+    counts.takenBack += answer.value("takenBack", 0);
     if (!answer.contains("version") || !answer.at("done"))
         return;
     host.version = answer.at("version");
@@ -133,6 +135,8 @@ void ConvergeFixture::PlayStep(const json& step) {
         PlayTogether(step);
     else if (what == "sync")
         PlaySync(step);
+    else if (what == "template" || what == "product")
+        PlayDirect(step);
     else
         PlayEdit(step);
 }
@@ -163,12 +167,28 @@ void ConvergeFixture::PlayEdit(const json& step) {
     host.open[SettingOf(step)] = {step, host.version, 0};
 }
 
+void ConvergeFixture::PlayDirect(const json& step) {
+    json command = step;
+    command["service"] = Narrow(service.Address());
+    const auto answer = Ask(step.at("host"), command);
+    EXPECT_TRUE(answer.at("done")) << step << ": " << answer;
+    ++counts.direct;
+    const auto setting = step.at("do").get<std::string>() + "/" + step.at("id").get<std::string>();
+    if (step.value("remove", false))
+        m_direct.erase(setting);
+    else
+        m_direct[setting] = step.at("mark");
+}
+
 void ConvergeFixture::PlaySync(const json& step) {
     json command = SyncCommand();
-    if (step.contains("rounds"))
-        command["rounds"] = step.at("rounds");
+    for (const char* key : {"rounds", "recover"})
+        if (step.contains(key))
+            command[key] = step.at(key);
     if (!step.contains("lose")) {
-        return ExpectSynced(step.at("host"));
+        const auto answer = Ask(step.at("host"), command);
+        EXPECT_TRUE(answer.at("done")) << answer;
+        return;
     }
     Relay relay(service.Port());
     relay.LoseAnswerTo(step.at("lose"));
@@ -201,11 +221,13 @@ void ConvergeFixture::ExpectConverged() {
     const auto expected = TravellingFacts(Expected(m_project));
     for (int number = 0; number < HostCount() && !HasFailure(); ++number) {
         const HostedDataset& dataset = *m_hosts[static_cast<std::size_t>(number)]->dataset;
-        EXPECT_TRUE(Same(expected, TravellingFacts(StoreFacts(dataset.Path())))) << "host " << number;
+        EXPECT_TRUE(Same(expected, TravellingFacts(dataset.Content()))) << "host " << number;
         const auto where = Ask(number, {{"do", "compare"}});
         EXPECT_EQ(where.at("result"), 0) << "host " << number << " has something to send or to fetch: " << where;
     }
-    ExpectNamesApart(json::parse(service.Tables(m_project)));
+    const auto tables = json::parse(service.Tables(m_project));
+    ExpectNamesApart(tables);
+    ExpectDirect(tables);
     ExpectFates();
 }
 
@@ -223,6 +245,16 @@ void ConvergeFixture::ExpectNamesApart(const json& tables) const {
             EXPECT_TRUE(names.insert(name).second) << name << " stands twice";
         }
     }
+}
+
+void ConvergeFixture::ExpectDirect(const json& tables) const {
+    std::map<std::string, int> standing;
+    for (const auto& row : tables.value("CircuitTemplate", json::array()))
+        standing["template/" + row.at("ID").get<std::string>()] = std::stoi(row.at("WireSpec").get<std::string>());
+    for (const char* table : {"Combination_16353515", "Combination_16302510"})
+        for (const auto& row : tables.value(table, json::array()))
+            standing["product/" + row.at("ID").get<std::string>()] = row.at("Spacing");
+    EXPECT_EQ(standing, m_direct);
 }
 
 void ConvergeFixture::ExpectFates() {

@@ -19,6 +19,8 @@ struct ConvergeCounts {
     std::map<Fate, int> fates;
     int skipped = 0; ///< edits that a host could not make
     int lostAnswers = 0;
+    int direct = 0;                   ///< calls for templates and products
+    int takenBack = 0;                ///< pulls that took removed system types back
     int refused = 0;                  ///< rounds of synchronisations that had to be tried again
     std::map<std::string, int> steps; ///< of synchronisations: pull, push, merge
 };
@@ -62,13 +64,17 @@ private:
     /// As the host can do it now; null for an edit that the claim leaves out.
     static nlohmann::json CommandFor(const nlohmann::json& step, Host& host);
     void PlaySync(const nlohmann::json& step);
+    void PlayDirect(const nlohmann::json& step);
     void PlayTogether(const nlohmann::json& step);
     void ExpectNamesApart(const nlohmann::json& tables) const;
     void ExpectFates();
+    /// Of templates and products the last call counts.
+    void ExpectDirect(const nlohmann::json& tables) const;
 
     std::vector<Host> m_processes; ///< all that were started
     std::vector<Host*> m_hosts;    ///< those of the history
     std::vector<NotedEdit> m_edits;
+    std::map<std::string, int> m_direct; ///< mark of each template and product that stands
     std::string m_project;
 };
 

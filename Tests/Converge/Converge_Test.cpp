@@ -44,8 +44,9 @@ protected:
     void TearDown() override {
         std::cout << counts.fates[Fate::Landed] << " edits landed, " << counts.fates[Fate::Overridden]
                   << " were overridden, " << counts.fates[Fate::Nothing] << " came to nothing, " << counts.skipped
-                  << " could not be made; " << counts.lostAnswers << " answers were lost; " << counts.refused
-                  << " rounds were tried again;";
+                  << " could not be made; " << counts.lostAnswers << " answers were lost; " << counts.direct
+                  << " calls for templates and products; " << counts.takenBack << " pulls took system types back; "
+                  << counts.refused << " rounds were tried again;";
         for (const auto& [step, count] : counts.steps)
             std::cout << " " << count << " " << step;
         std::cout << "\n";
@@ -104,6 +105,62 @@ constexpr const char* kCases[] = {
     {"host":0,"do":"delete","slice":"hvac materials","id":"0-1"},
     {"host":0,"do":"sync"},{"host":1,"do":"sync"}]})case",
 };
+
+TEST_F(Converge, ASystemTypeThatOneWorkUnitRemovedAndAnotherTookBackStandsEverywhere) {
+    OpenHosts(3, "P");
+    PlayAll(json::parse(R"([
+        {"host":0,"do":"delete","slice":"pipe systems","id":"first system"},
+        {"host":0,"do":"sync"},
+        {"host":1,"do":"sync","recover":["first system","nobody"]},
+        {"host":2,"do":"sync"}])"));
+    EXPECT_EQ(counts.takenBack, 1);
+    Settle();
+    ExpectConverged();
+    for (int host = 0; host < HostCount(); ++host)
+        EXPECT_EQ(Ask(host, {{"do", "list"}, {"slice", "pipe systems"}}).at("records").at(0).at("name"), "A");
+    const VersionLog log(service.DatabasePath(), "P");
+    const auto& states = log.Of(SliceOf("pipe systems"), "first system");
+    ASSERT_EQ(states.size(), 2U);
+    EXPECT_EQ(states[0].gone, 2);
+    EXPECT_EQ(states[1].born, 3);
+    EXPECT_EQ(counts.fates[Fate::Landed], 1) << "the removal was in the cloud all the same";
+}
+
+TEST_F(Converge, ASystemTypeIsNotTakenBackUnderANameThatSomebodyTook) {
+    OpenHosts(2, "P");
+    PlayAll(json::parse(R"([
+        {"host":0,"do":"delete","slice":"pipe systems","id":"first system"},
+        {"host":0,"do":"put","slice":"pipe systems","id":"0-1","name":"A","mark":11,"n":0,"new":true},
+        {"host":0,"do":"sync"},
+        {"host":1,"do":"sync","recover":["first system"]}])"));
+    EXPECT_EQ(counts.takenBack, 1);
+    Settle();
+    ExpectConverged();
+    EXPECT_EQ(Ask(1, {{"do", "list"}, {"slice", "pipe systems"}}).at("records").size(), 1U);
+}
+
+TEST_F(Converge, OfTemplatesAndProductsTheLastCallCountsWhoeverSynchronisedBefore) {
+    OpenHosts(3, "P");
+    PlayAll(json::parse(R"([
+        {"host":0,"do":"put","slice":"pipe groups","id":"0-1","name":"B","mark":11,"n":0,"new":true},
+        {"host":0,"do":"template","id":"t1","mark":1},
+        {"host":1,"do":"template","id":"t1","mark":2},
+        {"host":1,"do":"product","id":"k1","category":"16302510","mark":3},
+        {"host":0,"do":"sync"},
+        {"host":2,"do":"product","id":"k1","category":"16302510","mark":4},
+        {"host":2,"do":"template","id":"t2","mark":5},
+        {"host":1,"do":"sync"},
+        {"host":1,"do":"template","id":"t2","remove":true},
+        {"host":0,"do":"product","id":"k0","category":"16353515","mark":6},
+        {"host":2,"do":"product","id":"k0","category":"16353515","remove":true}])"));
+    Settle();
+    ExpectConverged();
+    const auto tables = json::parse(service.Tables("P"));
+    EXPECT_EQ(tables.at("CircuitTemplate").size(), 1U);
+    EXPECT_EQ(tables.at("CircuitTemplate")[0].at("WireSpec"), "2");
+    EXPECT_EQ(tables.at("Combination_16302510")[0].at("Spacing"), 4);
+    EXPECT_EQ(counts.fates[Fate::Landed], 1);
+}
 
 TEST_F(Converge, TheseCasesHold) {
     int number = 0;

@@ -107,13 +107,17 @@ nlohmann::json HostHistoryMaker::History() {
     m_hosts = static_cast<int>(2 + Below(5));
     KnowFirst();
     json steps = json::array();
-    for (auto count = kFewestSteps + Below(kFurtherSteps); count > 0; --count)
+    for (auto count = kFewestSteps + Below(kFurtherSteps); count > 0; --count) {
+        if (Chance(4))
+            AddRecovery(steps);
         steps.push_back(Step());
+    }
     return {{"hosts", m_hosts}, {"steps", std::move(steps)}};
 }
 
 void HostHistoryMaker::KnowFirst() {
     m_known.clear();
+    m_deletedSystems.clear();
     const auto know = [&](const char* word, const char* id) { m_known.push_back({&SliceOf(word), id, -1}); };
     know("pipe materials", "pipe material");
     know("pipe materials", "first material");
@@ -138,17 +142,68 @@ nlohmann::json HostHistoryMaker::Step() {
     if (Chance(7))
         return Together();
     const int host = static_cast<int>(Below(m_hosts));
-    return Chance(28) ? Sync(host) : Edit(host);
+    if (Chance(10))
+        return Direct(host);
+    return Chance(31) ? Sync(host) : Edit(host);
 }
 
 nlohmann::json HostHistoryMaker::Sync(int host) {
     json step{{"host", host}, {"do", "sync"}};
+    if (!m_deletedSystems.empty() && Chance(60))
+        step["recover"] = WantedBack();
     if (Chance(25)) {
         constexpr std::array kCalls{"/api/UpLoad/", "/api/UpLoad/", "/api/GetVersion/", "/api/DownloadVersion/"};
         step["lose"] = kCalls[Below(kCalls.size())];
         if (Chance(40))
             step["rounds"] = 1;
     }
+    return step;
+}
+
+/// One host removes a system type, and another one that has nothing to send takes it back.
+void HostHistoryMaker::AddRecovery(json& steps) {
+    std::vector<const Known*> systems;
+    for (const Known& known : m_known) {
+        if (known.slice->kind == SettingKind::System && IsShared(*known.slice))
+            systems.push_back(&known);
+    }
+    const Known& system = *systems[Below(systems.size())];
+    const int remover = static_cast<int>(Below(m_hosts));
+    const int other = (remover + 1) % m_hosts;
+    for (const int host : {remover, other})
+        steps.push_back({{"host", host}, {"do", "sync"}});
+    steps.push_back({{"host", remover}, {"do", "delete"}, {"slice", system.slice->word}, {"id", system.id}});
+    m_deleted.emplace_back(remover, system.id);
+    m_deletedSystems.push_back(system.id);
+    steps.push_back(Sync(remover));
+    if (Chance(30))
+        steps.push_back(Edit(remover));
+    steps.push_back(Sync(other));
+    steps.back()["recover"] = {system.id};
+}
+
+nlohmann::json HostHistoryMaker::WantedBack() {
+    json ids = json::array();
+    for (const auto& id : m_deletedSystems) {
+        if (Chance(60))
+            ids.push_back(id);
+    }
+    return ids;
+}
+
+/// A few templates and products that all hosts write and remove.
+nlohmann::json HostHistoryMaker::Direct(int host) {
+    constexpr std::array kCategories{"16353515", "16302510"};
+    const auto number = Below(4);
+    const bool isProduct = Chance(50);
+    json step{{"host", host}, {"do", isProduct ? "product" : "template"}};
+    step["id"] = (isProduct ? "k" : "t") + std::to_string(number);
+    if (isProduct)
+        step["category"] = kCategories[number % kCategories.size()];
+    if (Chance(30))
+        step["remove"] = true;
+    else
+        step["mark"] = ++m_mark;
     return step;
 }
 
@@ -186,6 +241,8 @@ nlohmann::json HostHistoryMaker::New(int host) {
 nlohmann::json HostHistoryMaker::Change(int host, const Known& known) {
     if (MayBeDeleted(*known.slice, known.host < 0) && Chance(35)) {
         m_deleted.emplace_back(host, known.id);
+        if (known.slice->kind == SettingKind::System && IsShared(*known.slice))
+            m_deletedSystems.push_back(known.id);
         return {{"host", host}, {"do", "delete"}, {"slice", known.slice->word}, {"id", known.id}};
     }
     json step = Put(host, *known.slice, known.id);

@@ -21,6 +21,10 @@ nlohmann::json FirstTables();
 ///     {"host": 0, "do": "put", "slice": "pipe groups", "id": "0-1", "name": "A", "mark": 7, "n": 3, "new": true},
 ///     {"host": 1, "do": "delete", "slice": "pipe groups", "id": "first group"},
 ///     {"host": 1, "do": "sync", "lose": "/api/UpLoad/"},
+///     {"host": 2, "do": "sync", "recover": ["first system"]},
+///     {"host": 0, "do": "template", "id": "t1", "mark": 8},
+///     {"host": 2, "do": "product", "id": "k1", "category": "16302510", "mark": 9},
+///     {"host": 1, "do": "template", "id": "t1", "remove": true},
 ///     {"do": "together", "hosts": [0, 2]}]}
 ///
 /// A host makes new ids of its own and edits and deletes any; an edit of what it cannot see is no edit when the
@@ -52,6 +56,9 @@ private:
     json Change(int host, const Known& known);
     json Sync(int host);
     json Together();
+    json Direct(int host);
+    void AddRecovery(json& steps);
+    json WantedBack();
     json Put(int host, const Slice& slice, const std::string& id);
     std::string Name(const Slice& slice);
     json Links(const Slice& slice);
@@ -64,6 +71,7 @@ private:
     int m_counter = 0;
     std::vector<Known> m_known;
     std::vector<std::pair<int, std::string>> m_deleted; ///< host and id
+    std::vector<std::string> m_deletedSystems;          ///< that a host may take back
 };
 
 /// Whether the names of a slice stay apart, since the merge repairs them and the service refuses a clash.

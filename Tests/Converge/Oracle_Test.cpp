@@ -79,6 +79,13 @@ TEST_F(Oracle, ALinkToWhatIsNotThereCountsAsNoneAndALivingOneAsItself) {
     EXPECT_EQ(TravellingFacts(living).at("SMS/s/SizeModuleId"), "'z'");
 }
 
+TEST_F(Oracle, TemplatesAndProductsAreComparedWhole) {
+    const Facts whole{{"CRT/t", ""}, {"CRT/t/WireSpec", "'4'"}, {"combined/16353515/k", "'Hanger'"}};
+    const auto travelling = TravellingFacts(whole);
+    EXPECT_EQ(travelling.at("CRT/t/WireSpec"), "'4'");
+    EXPECT_EQ(travelling.at("combined/16353515/k"), "'Hanger'");
+}
+
 TEST_F(Oracle, EveryAttributeOfEveryFirstRowIsCompared) {
     auto dataset = Dataset(L"pulled");
     EXPECT_TRUE(dataset.Pull());

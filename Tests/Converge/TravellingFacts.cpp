@@ -93,6 +93,11 @@ constexpr Link kLinks[] = {{"SizeModuleId", "PSI"},
                            {"MaterialSerieIds", "SMS"},
                            {"CableSpecTypeIds", "PSI"}};
 
+/// Circuit templates and combined products travel whole.
+bool TravelsWhole(const std::string& key) {
+    return key.starts_with("CRT/") || key == "combined";
+}
+
 Records RecordsOf(const Facts& facts) {
     Records records;
     for (const auto& [key, value] : facts) {
@@ -178,6 +183,11 @@ Facts TravellingFacts(const Facts& facts) {
         if (IsLeftBehind(key, type))
             continue;
         travelling.emplace(key, "");
+        if (TravelsWhole(key)) {
+            for (const auto& [attribute, value] : attributes)
+                travelling.emplace(key + "/" + attribute, value);
+            continue;
+        }
         for (const auto& row : kTravelling) {
             if (key.starts_with(row.classCode) && (row.type == 0 || row.type == type))
                 travelling.emplace(key + "/" + row.attribute, ValueOf(records, row, attributes));

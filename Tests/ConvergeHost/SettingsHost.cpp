@@ -1,5 +1,7 @@
 #include "ConvergeHost/SettingsHost.h"
 
+#include "ConvergeHost/DirectRecords.h"
+
 #include "Host/Session.h"
 #include "Vorn/DebugMessage.h"
 #include "Vorn/Notification.h"
@@ -65,6 +67,8 @@ json SettingsHost::Answer(const json& command) {
         return Put(command);
     if (what == "delete")
         return Delete(command);
+    if (what == "template" || what == "product")
+        return Direct(command);
     if (what == "list")
         return List(command);
     if (what == "compare")
@@ -84,7 +88,7 @@ void SettingsHost::OpenSession(const json& command) {
     tolm::CollaborationProjectSettingForPS::Settings settings;
     settings.httpServer = WideAt(command, "service");
     settings.workingProjectId = m_project;
-    settings.workingDatasetId = L"workunit";
+    settings.workingDatasetId = m_workUnit;
     tolm::CollaborationProjectSettingForPS::Open(settings);
 }
 
@@ -95,6 +99,7 @@ json SettingsHost::Open(const json& command) {
         tolm::TolmCategoryInfoUtilsHandler::Get().SetUtils(tolm::CreateCategoryInfoUtils(m_componentPath));
     }
     m_project = WideAt(command, "project");
+    m_workUnit = L"of " + WideAt(command, "user");
     OpenSession(command);
     tolm::TolmUserSessionUtils::SetUser(WideAt(command, "user"), WideAt(command, "token"));
     tolm::TolmFilePathSettings::SetCurrentDatasetFilePath(path);
@@ -147,6 +152,15 @@ json SettingsHost::Delete(const json& command) {
     return {{"done", isGone}, {"fault", !isGone}};
 }
 
+/// Goes to "service" at once, which has to take it.
+json SettingsHost::Direct(const json& command) {
+    OpenSession(command);
+    if (command.at("do") == "product")
+        return {{"done", DoProduct(*m_dataset, command)}};
+    DoTemplate(*m_dataset, command);
+    return {{"done", !m_notifications.empty()}};
+}
+
 // --- cloud ---------------------------------------------------------------------------------------------------------
 
 CompareVersionResult SettingsHost::CompareNow() {
@@ -168,11 +182,39 @@ bool SettingsHost::MergeAndSend() {
     return m_dataset->MergeDataAndSendModifiedData(m_project, &report, m_cloudVersion, m_localVersion);
 }
 
+/// System types that were removed and that this work unit still uses come back, noted as its own creations. One whose
+/// name somebody took meanwhile is given up again: the service would refuse it.
+bool SettingsHost::PullAndTakeBack() {
+    tolm::RecoverDataInfo info;
+    for (const auto& id : m_wantedBack)
+        info.idMap[id] = L"";
+    if (!m_dataset->SyncDataFromCloud(false, nullptr, &info))
+        return false;
+    if (info.recovered) {
+        ++m_takenBack;
+        GiveUpTakenNames();
+    }
+    return true;
+}
+
+void SettingsHost::GiveUpTakenNames() {
+    for (const Slice& slice : kSlices) {
+        if (slice.kind != SettingKind::System)
+            continue;
+        const auto seen = SeeRecords(*m_dataset, slice);
+        for (const auto& record : seen) {
+            const bool isTaken = std::ranges::count(seen, record.name, &SeenRecord::name) > 1;
+            if (isTaken && std::ranges::find(m_wantedBack, record.id) != m_wantedBack.end())
+                DeleteRecord(*m_dataset, slice, record.id);
+        }
+    }
+}
+
 bool SettingsHost::StepTowards(CompareVersionResult where, json& steps) {
     switch (where) {
     case CompareVersionResult::CloudAhead:
         steps.push_back("pull");
-        return m_dataset->SyncDataFromCloud(false, nullptr, nullptr);
+        return PullAndTakeBack();
     case CompareVersionResult::LocalChanges:
         steps.push_back("push");
         return Send();
@@ -196,6 +238,15 @@ void SettingsHost::Pause(int attempt) {
 json SettingsHost::Sync(const json& command) {
     OpenSession(command);
     const int rounds = command.value("rounds", kMostRounds);
+    m_wantedBack.clear();
+    for (const std::string id : command.value("recover", json::array()))
+        m_wantedBack.push_back(vorn::StringUtil::ToWString(id));
+    json answer = Approach(rounds);
+    answer["takenBack"] = std::exchange(m_takenBack, 0);
+    return answer;
+}
+
+json SettingsHost::Approach(int rounds) {
     json steps = json::array();
     int failed = 0;
     for (int round = 0; round < rounds; ++round) {

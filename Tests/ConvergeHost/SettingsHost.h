@@ -7,6 +7,7 @@
 
 #include <random>
 #include <string>
+#include <vector>
 
 namespace tolmtest {
 
@@ -19,8 +20,8 @@ public:
     SettingsHost(const SettingsHost&) = delete;
     SettingsHost& operator=(const SettingsHost&) = delete;
 
-    /// {"do": "open" | "put" | "delete" | "pull" | "sync" | "compare" | "merge" | "push" | "list", ...}. The answer has
-    /// "done", and "warnings" and "notifications" where there were any.
+    /// {"do": "open" | "put" | "delete" | "template" | "product" | "pull" | "sync" | "compare" | "merge" | "push" |
+    /// "list", ...}. The answer has "done", and "warnings" and "notifications" where there were any.
     nlohmann::json Do(const nlohmann::json& command);
 
 private:
@@ -31,22 +32,29 @@ private:
     void OpenSession(const json& command);
     json Put(const json& command);
     json Delete(const json& command);
+    json Direct(const json& command);
     json List(const json& command);
     json Compare();
     json Pull();
     json Push();
     json Merge();
     json Sync(const json& command);
+    json Approach(int rounds);
 
     tolm::CompareVersionResult CompareNow();
     bool Send();
     bool MergeAndSend();
+    bool PullAndTakeBack();
+    void GiveUpTakenNames();
     bool StepTowards(tolm::CompareVersionResult where, json& steps);
     void Pause(int attempt);
 
     vorn::OwnerPtr<tolm::ITolmDataset> m_dataset;
     std::wstring m_componentPath;
     std::wstring m_project;
+    std::wstring m_workUnit;
+    std::vector<std::wstring> m_wantedBack; ///< system types that a pull takes back when the cloud has removed them
+    int m_takenBack = 0;                    ///< pulls of the synchronisation under way that took any back
     int m_cloudVersion = 0;
     int m_localVersion = 0;
     std::mt19937 m_jitter;

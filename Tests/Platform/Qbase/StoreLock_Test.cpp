@@ -239,6 +239,12 @@ TEST_F(StoreLock, AReadThatMustWaitTooLongIsNotTakenForNoSuchRecord) {
     EXPECT_FALSE(qb.closeDatabase());
 }
 
+TEST_F(StoreLock, TheWaitingTimeIsToldAsItWasSet) {
+    EXPECT_EQ(CQbase::lockTimeout(), 50);
+    CQbase::setLockTimeout(60000);
+    EXPECT_EQ(CQbase::lockTimeout(), 60000);
+}
+
 TEST_F(StoreLock, ManyThreadsChangeOneStoreInTurn) {
     CQbase::setLockTimeout(60000);
     constexpr int threads = 4;
