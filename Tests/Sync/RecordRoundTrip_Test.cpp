@@ -129,11 +129,19 @@ private:
     wstring Named(const wstring& name) const { return name + (m_edited ? L" 改" : L" 新"); }
     float Length(float length) const { return m_edited ? length + 1.0F : length; }
 
+    tolm::ProjectSettingPipeSize Pipe(float nominal, float outer, float inner, float thickness) const {
+        tolm::ProjectSettingPipeSize size;
+        size.nominalDiameter = Length(nominal);
+        size.outerDiameter = Length(outer);
+        size.innerDiameter = Length(inner);
+        size.thickness = Length(thickness);
+        return size;
+    }
     void FillSizes(tolm::IProjectSettingSizeModule& size) const {
         const Type type = size.GetMEPType();
         if (type == Type::Pipe || type == Type::Conduit) {
-            size.AddPipeSize({Length(16.0F), Length(21.25F), Length(15.5F), Length(2.5F)});
-            size.AddPipeSize({Length(20.75F), Length(0.0F), Length(20.0625F), Length(0.5F)});
+            size.AddPipeSize(Pipe(16.0F, 21.25F, 15.5F, 2.5F));
+            size.AddPipeSize(Pipe(20.75F, 0.0F, 20.0625F, 0.5F));
         } else {
             size.AddDuctSize({Length(100.0F), Length(0.75F)});
             size.AddDuctSize({Length(1250.5F), Length(1.25F)});
@@ -160,7 +168,7 @@ private:
     ConnectionPtr ConnectionOf(const Slice& slice) const {
         auto connection = Connection(L"cos-" + Tag(slice), Named(L"连接"),
                                      m_edited ? Connector::PipeWelded : Connector::PipeGrooved, slice.type);
-        const auto catalogue = SampleComponents();
+        static const auto catalogue = ReadCatalogue();
         std::size_t next = m_edited ? 2 : 0;
         for (const int part : PartsOf(slice.type)) {
             auto component = CatalogueComponent(catalogue.at(next++));
@@ -169,7 +177,7 @@ private:
         return connection;
     }
     /// Those of the largest category.
-    static std::vector<CatalogueEntry> SampleComponents() {
+    static std::vector<CatalogueEntry> ReadCatalogue() {
         std::vector<CatalogueEntry> entries;
         const json sample = SampleFile("components.json");
         for (const json& row : sample.at("components")) {
