@@ -174,6 +174,7 @@ TEST_F(MergeLoop, RefreshesBeforeTheNextPassWhereNothingIsLeftToSend) {
               (Warnings{L"MepQbaseUtil::MergeCloudAndLocalDataset: ducplicateFilesSucc为false",
                         L"TolmDataset::MergeDataAndSendModifiedData: mergeSucc 失败"}));
     ExpectVersions(6, 5, 6);
+    EXPECT_TRUE(dataset->GetLastUpdateTimePointString().empty());
     EXPECT_EQ(TakeNotifications(), (std::vector<Notification>{{0, L"载入成功！"}}));
 }
 
