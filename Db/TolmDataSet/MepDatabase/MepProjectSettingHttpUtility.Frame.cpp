@@ -2,6 +2,7 @@
 
 #include "Host/Session.h"
 #include "MepDatabase/CloudFrame.h"
+#include "MepDatabase/CloudTrust.h"
 #include "MepDatabase/WireText.h"
 #include "Vorn/DebugMessage.h"
 
@@ -33,9 +34,12 @@ std::string HeaderValue(const wstring& value) {
     return text;
 }
 
-http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint) {
+http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint,
+                            const web::uri& address) {
     http_client_config config;
     config.set_max_redirects(0);
+    if (address.scheme() == "https")
+        SetTrust(config);
     if (endpoint.timeOut == CloudEndpoint::TimeOut::Configured)
         config.set_timeout(std::chrono::microseconds(std::int64_t{client.GetRequestTimeOut()}));
     return config;
@@ -43,7 +47,8 @@ http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEn
 
 http_client ClientFor(TolmProjectSettingHttpUtility& client, const CloudCall& call) {
     const bool whole = call.endpoint.address == CloudEndpoint::Address::Whole;
-    return http_client(web::uri(ToWire(whole ? call.host + call.path : call.host)), ConfigOf(client, call.endpoint));
+    const web::uri address(ToWire(whole ? call.host + call.path : call.host));
+    return http_client(address, ConfigOf(client, call.endpoint, address));
 }
 
 void Address(TolmProjectSettingHttpUtility& client, const CloudCall& call, http_request& request) {
