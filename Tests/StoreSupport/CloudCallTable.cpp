@@ -1,11 +1,13 @@
 #include "StoreSupport/CloudCallTable.h"
 
 #include "MepDatabase/MepProjectSettingHttpUtility.h"
+#include "Platform/Support/ComponentSamples.h"
 #include "Vorn/Text.h"
 
 #include <cpprest/json.h>
 
 #include <ostream>
+#include <vector>
 
 namespace tolmtest {
 namespace {
@@ -66,6 +68,22 @@ CallOutcome SendRemovedDataList() {
     return {.done = Client().SendRemovedDataList(L"P1", {L"S1"}, L"PipeType")};
 }
 
+std::vector<tolm::TolmCombinedProduct> Products() {
+    return {MakeListProduct(L"p1")};
+}
+
+CallOutcome SendCreatedCombinationList() {
+    return {.done = Client().SendCreatedCombinationList(L"16353515", Products())};
+}
+
+CallOutcome SendEditedCombinationList() {
+    return {.done = Client().SendEditedCombinationList(L"16353515", Products())};
+}
+
+CallOutcome SendRemovedCombinationList() {
+    return {.done = Client().SendRemovedCombinationList(L"16353515", {L"p1"})};
+}
+
 CallOutcome SendPatchDataEvent() {
     int version = 5;
     const bool done = Client().SendPatchDataEvent(L"P1", web::json::value::object(), version);
@@ -94,6 +112,12 @@ constexpr CloudCallRow kCalls[] = {
      Reads::Version, nullptr, true, false, false, true, "5"},
     {"SendUpdateSettingDataInfo", "/api/workunit/uploadData", &SendUpdateSettingDataInfo,
      Reads::Nothing, L"/api/workunit/uploadData 失败", true, false, false, false, "-"},
+    {"SendCreatedCombinationList", "/api/CreateCombinations/P1/16353515", &SendCreatedCombinationList,
+     Reads::Nothing, L"/api/CreateCombinations/P1/16353515 失败", true, false, true, false, "-", L"pSettings为空", false},
+    {"SendEditedCombinationList", "/api/EditCombinations/P1/16353515", &SendEditedCombinationList,
+     Reads::Nothing, L"/api/EditCombinations/P1/16353515 失败", true, false, true, false, "-", L"pSettings为空", false},
+    {"SendRemovedCombinationList", "/api/RemoveCombinations/P1/16353515", &SendRemovedCombinationList,
+     Reads::Nothing, L"/api/RemoveCombinations/P1/16353515 失败", true, false, true, false, "-", L"pSettings为空", false},
 };
 // clang-format on
 

@@ -27,6 +27,8 @@ struct CloudCallRow {
     bool logsARefusal;
     bool tellsTheUser; ///< of a refusal and of an exception, which goes to the log then
     const char* outOfAFailure;
+    const wchar_t* noSessionWarning = L"CollaborationProjectSettingForPS为空";
+    bool triesWithoutSession = true; ///< and fails with an exception then
 
     /// A "data" that the call is content with.
     const char* Data() const { return reads == Reads::Number ? "7" : R"({"rows":[{"rowKey":"K"}],"version":8})"; }
