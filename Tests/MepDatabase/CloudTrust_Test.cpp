@@ -70,7 +70,7 @@ TEST_F(CloudTrust, ARequestGoesWholeToATrustedService) {
     EXPECT_TRUE(Asks(server));
     ASSERT_EQ(server.Requests().size(), 1U);
     EXPECT_EQ(server.Requests()[0].find("POST /api/GetVersion/P1 HTTP/1.1\r\n"), 0U);
-    EXPECT_NE(server.Requests()[0].find("Authorization: secret-token\r\n"), std::string::npos);
+    EXPECT_NE(server.Requests()[0].find("Authorization:secret-token\r\n"), std::string::npos);
 }
 
 TEST_F(CloudTrust, BothTheNameAndTheAddressOfAServiceMayBeCertified) {
@@ -88,6 +88,13 @@ TEST_F(CloudTrust, ACertificateForAnotherHostIsRefused) {
     ExpectRefused(LeafOf(authority, "IP:127.0.0.1"), L"localhost");
     ExpectRefused(LeafOf(authority, "DNS:localhost"), L"127.0.0.1");
     ExpectRefused(Certificate({.name = "127.0.0.1", .subjectAltName = "DNS:elsewhere.example"}, &authority));
+}
+
+TEST_F(CloudTrust, ACommonNameCountsWhereNoOtherNamesAreGiven) {
+    Trust(authority.Pem());
+    EXPECT_TRUE(Asks(TlsServer(Certificate({.name = "localhost"}, &authority), kVersion7), L"localhost"));
+    ExpectRefused(Certificate({.name = "localhost", .subjectAltName = "DNS:other"}, &authority), L"localhost");
+    ExpectRefused(Certificate({.name = "127.0.0.1"}, &authority));
 }
 
 TEST_F(CloudTrust, ACertificateThatSignsItselfIsRefused) {

@@ -246,9 +246,9 @@ void AddForms(Answers& answers, const std::string& body) {
         answers.push_back({std::string("body ") + text, ScriptedAnswer::Json(text)});
     answers.push_back({"in a list", ScriptedAnswer::Json("[" + body + "]")});
     answers.push_back({"as a text", ScriptedAnswer::Json("\"" + body + "\"")});
-    for (const char* tail : {"}", "x", ",", "{}", "]", "\"", "//", "/"})
+    for (const char* tail : {"}", "x", ",", "{}", "]", "\"", "/"})
         answers.push_back({std::string("behind it ") + tail, ScriptedAnswer::Json(body + tail)});
-    for (const char* tail : {"\0", " ", "\r\n", "// a word", "/* a word */"})
+    for (const char* tail : {"\0", " ", "\r\n", "//", "// a word", "/* a word */"})
         answers.push_back({std::string("behind it ") + tail, ScriptedAnswer::Json(body + tail), Means::TrueContent});
     answers.push_back({"a mark before it", ScriptedAnswer::Json("\xef\xbb\xbf" + body), Means::TrueContent});
     answers.push_back({"a comma too many", ScriptedAnswer::Json(Spoilt(body, "\"code\"", ",\"code\""))});
@@ -274,12 +274,12 @@ void AddExtras(Answers& answers, const std::string& body) {
                            ScriptedAnswer::Json(Spoilt(body, "{", "{" + (extra + std::string(",")))),
                            Means::TrueContent});
     for (const char* extra : {"\"a\":\"\\ud800\"", "\"a\":\"\\udc00\\ud800\"", "\"a\":\"\xc3\x28\"", "\"\xff\":1",
-                              "\"a\":\"\xed\xa0\x80\"", "\"a\":1e999", "\"a\":-1e999"})
+                              "\"a\":\"\xed\xa0\x80\"", "\"a\":1e999", "\"a\":-1e999", "\"a\":01"})
         answers.push_back({std::string("extra ") + extra,
                            ScriptedAnswer::Json(Spoilt(body, "{", "{" + (extra + std::string(",")))),
                            Means::TrueContent});
     for (const char* extra :
-         {"\"a\":NaN", "\"a\":Infinity", "\"a\":-", "\"a\":01", "\"a\":1.", "\"a\":0x1", "\"a\":+1", "\"a\":\"\\u12\"",
+         {"\"a\":NaN", "\"a\":Infinity", "\"a\":-", "\"a\":1.", "\"a\":0x1", "\"a\":+1", "\"a\":\"\\u12\"",
           "\"a\":\"\\x\"", "\"a\":'b'", "a:1", "\"a\":tru", "\"a\":\"\n\"", "null"})
         answers.push_back({std::string("extra ") + extra,
                            ScriptedAnswer::Json(Spoilt(body, "{", "{" + (extra + std::string(",")))), Means::Failure});

@@ -299,8 +299,8 @@ TEST_P(Operation, SucceedsOnceTheServiceAnswersAgain) {
     EXPECT_EQ(StateNow(), m_new);
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, Operation, testing::ValuesIn(EachCall()), [](const auto& info) {
-    return std::string(info.param.work->name) + "_Call" + std::to_string(info.param.call + 1);
+INSTANTIATE_TEST_SUITE_P(Each, Operation, testing::ValuesIn(EachCall()), [](const auto& call) {
+    return std::string(call.param.work->name) + "_Call" + std::to_string(call.param.call + 1);
 });
 
 } // namespace

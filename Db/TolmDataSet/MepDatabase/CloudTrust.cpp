@@ -31,15 +31,32 @@ Authorities LoadAuthorities() {
     return authorities;
 }
 
+/// An address of version 6 stands in brackets.
+std::string WithoutBrackets(const std::string& host) {
+    return host.starts_with('[') && host.ends_with(']') ? host.substr(1, host.size() - 2) : host;
+}
+
+/// The HTTP library verifies the host itself, but takes a common name beside other names.
+bool RequireHost(SSL_CTX* context, const std::string& host) {
+    X509_VERIFY_PARAM* const parameters = SSL_CTX_get0_param(context);
+    X509_VERIFY_PARAM_set_hostflags(parameters, X509_CHECK_FLAG_NO_PARTIAL_WILDCARDS);
+    return X509_VERIFY_PARAM_set1_ip_asc(parameters, host.c_str()) == 1 ||
+           X509_VERIFY_PARAM_set1_host(parameters, host.c_str(), host.size()) == 1;
+}
+
+void Prepare(SSL_CTX* context, const Authorities& authorities, const std::string& host) {
+    if (SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION) != 1 || !RequireHost(context, host))
+        throw std::runtime_error("The connection cannot be made safe");
+    if (authorities != nullptr)
+        SSL_CTX_set1_cert_store(context, authorities.get());
+    ERR_clear_error();
+}
+
 } // namespace
 
-void SetTrust(web::http::client::http_client_config& config) {
-    config.set_ssl_context_callback([authorities = LoadAuthorities()](boost::asio::ssl::context& context) {
-        SSL_CTX* const native = context.native_handle();
-        if (SSL_CTX_set_min_proto_version(native, TLS1_2_VERSION) != 1)
-            throw std::runtime_error("TLS 1.2 cannot be had");
-        if (authorities != nullptr)
-            SSL_CTX_set1_cert_store(native, authorities.get());
+void SetTrust(web::http::client::http_client_config& config, const std::string& host) {
+    config.set_ssl_context_callback([authorities = LoadAuthorities(), name = WithoutBrackets(host)](auto& context) {
+        Prepare(context.native_handle(), authorities, name);
     });
 }
 

@@ -1,5 +1,6 @@
 #include "MepDatabase/MepQbaseUtil.h"
 #include "MepDatabase/CallSite.h"
+#include "MepDatabase/JsonRead.h"
 #include "MepDatabase/MepProjectSettingHttpUtility.h"
 #include "MepDatabase/MergeFiles.h"
 #include "MepDatabase/MergeLists.h"
@@ -15,6 +16,23 @@
 #include <span>
 
 namespace tolm {
+namespace {
+
+void RequireList(const web::json::object& tables, const wstring& key) {
+    if (const web::json::value* const rows = jsonread::Find(tables, key))
+        static_cast<void>(rows->as_array());
+}
+
+/// Throws where something else than a list stands under the name of a table: an increment of another form is none, and
+/// must not pass for an empty one.
+void RequireTables(const web::json::value& increment) {
+    const web::json::object& tables = increment.as_object();
+    for (const MergeTableRow& row : PlainMergeTables())
+        RequireList(tables, row.key);
+    RequireList(tables, TolmProjectSettingHttpUtility::ConfigTreeTable());
+}
+
+} // namespace
 
 bool GetCloudAddAndDelData(wstring projectId, int version, web::json::value& add, web::json::value& del) {
     web::json::value root;
@@ -24,6 +42,8 @@ bool GetCloudAddAndDelData(wstring projectId, int version, web::json::value& add
     }
     add = std::move(root.at("add"));
     del = std::move(root.at("del"));
+    RequireTables(add);
+    RequireTables(del);
     return add.size() > 0 || del.size() > 0;
 }
 
