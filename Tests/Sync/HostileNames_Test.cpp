@@ -102,9 +102,10 @@ protected:
     Files FilesNow() const {
         Files files;
         for (const auto& entry : fs::recursive_directory_iterator(Native(L"."))) {
+            if (!entry.is_regular_file() || entry.path().filename() == "set.db")
+                continue;
             std::ifstream in(entry.path(), std::ios::binary);
-            if (entry.path().filename() != "set.db")
-                files[entry.path().string()] = {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+            files[entry.path().string()] = {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
         }
         return files;
     }

@@ -18,18 +18,12 @@
 namespace tolm {
 namespace {
 
-void RequireList(const web::json::object& tables, const wstring& key) {
-    if (const web::json::value* const rows = jsonread::Find(tables, key))
+/// Throws where a half of the increment is none, or has no list under "ConfigTree", without which half of the tables
+/// and all other content would pass for unchanged. Another table that is no list fails by itself.
+void RequireTables(const web::json::value& half) {
+    const auto* const rows = jsonread::Find(half.as_object(), TolmProjectSettingHttpUtility::ConfigTreeTable());
+    if (rows != nullptr)
         static_cast<void>(rows->as_array());
-}
-
-/// Throws where something else than a list stands under the name of a table: an increment of another form is none, and
-/// must not pass for an empty one.
-void RequireTables(const web::json::value& increment) {
-    const web::json::object& tables = increment.as_object();
-    for (const MergeTableRow& row : PlainMergeTables())
-        RequireList(tables, row.key);
-    RequireList(tables, TolmProjectSettingHttpUtility::ConfigTreeTable());
 }
 
 } // namespace
