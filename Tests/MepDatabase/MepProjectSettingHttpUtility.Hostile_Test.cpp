@@ -38,7 +38,6 @@ protected:
 
     void ExpectTaken(const HostileAnswer& hostile) {
         SCOPED_TRACE(hostile.name);
-        if (getenv("SHOW")) fprintf(stderr, "%.80s\n", hostile.name.c_str());
         const auto [done, out] = Answered(hostile.answer, hostile.isSlow ? 200'000 : 30'000'000);
         if (done) {
             EXPECT_TRUE(MaySucceed(hostile.means));

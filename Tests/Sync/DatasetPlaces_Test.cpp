@@ -180,7 +180,6 @@ TEST_F(BadPlaces, APointInTheFolderAloneLeavesTheFolderBesideAlone) {
     EXPECT_TRUE(RunAt(at, "pull"));
     EXPECT_TRUE(RunAt(at, "create")); // untracked, as without any point
     EXPECT_EQ(NamesAt(at), "copper,steel,brass");
-    EXPECT_FALSE(TakeDebugWarnings().empty());
     EXPECT_EQ(Tree(), (std::set<std::string>{Native(folder.File(L"my.project")), Native(at)}));
 }
 
