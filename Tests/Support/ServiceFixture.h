@@ -38,6 +38,9 @@ public:
     std::string Tables(const std::string& projectId);
     void SetTemplate(const std::string& templateId, const std::string& projectId);
 
+    /// The SQLite file that the service keeps its rows in.
+    std::wstring DatabasePath() const { return m_folder.File(L"service.db"); }
+
     void AddUser(const std::string& userId, const std::string& secret);
     /// A fresh token of a user.
     std::string SignIn(const std::string& userId = "anna", const std::string& secret = "anna's secret");
