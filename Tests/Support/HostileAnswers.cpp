@@ -173,6 +173,13 @@ void AddConnections(Answers& answers, const std::string& body) {
     lateBody.body.insert(1, 2000, ' ');
     lateBody.pace = std::chrono::milliseconds(5);
     answers.push_back({"a body in drops", lateBody, Means::Failure, true});
+    std::string drops;
+    for (int i = 0; i < 1000; ++i)
+        drops += "1\r\n \r\n";
+    auto dripping = Chunked(drops + AsChunks(body));
+    dripping.byteByByte = true;
+    dripping.pace = std::chrono::milliseconds(5);
+    answers.push_back({"chunks in drops", dripping, Means::Failure, true});
     auto stuck = ScriptedAnswer::Raw(Lengthy("Content-Length: 1000000\r\n", body).Bytes());
     stuck.staysOpen = true;
     answers.push_back({"a body that never ends", stuck, Means::Failure, true});

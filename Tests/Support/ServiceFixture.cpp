@@ -1,9 +1,9 @@
 #include "Support/ServiceFixture.h"
 
-#include "Support/Canary.h"
 #include "Host/Session.h"
 #include "Service/ProjectFile.h"
 #include "Service/Service.h"
+#include "Support/Canary.h"
 #include "Vorn/Text.h"
 
 #include <algorithm>

@@ -80,7 +80,7 @@ std::wstring SignIn(const std::wstring& server, const std::wstring& user) {
                                     "application/json");
     if (!result)
         throw Failure("the service at " + host + " cannot be reached (" + httplib::to_string(result.error()) + ")");
-    const std::string token = TokenOf(result->body);
+    const std::string token = result->status == 200 ? TokenOf(result->body) : std::string();
     if (token.empty())
         throw Failure("the service at " + host + " does not let user " + name + " in");
     return StringUtil::ToWString(token);
