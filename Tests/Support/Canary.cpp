@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -65,8 +66,9 @@ void WatchForSecret(const std::string& secret) {
 bool HoldsSecret(std::string_view bytes) {
     Watch& watch = TheWatch();
     const std::lock_guard lock(watch.mutex);
-    return std::any_of(watch.forms.begin(), watch.forms.end(),
-                       [&](const std::string& form) { return bytes.find(form) != std::string_view::npos; });
+    return std::any_of(watch.forms.begin(), watch.forms.end(), [&](const std::string& form) {
+        return memmem(bytes.data(), bytes.size(), form.data(), form.size()) != nullptr;
+    });
 }
 
 bool HoldsSecret(std::wstring_view text) {
