@@ -1,6 +1,7 @@
 #include "Support/HostileAnswers.h"
 #include "Tools/ToolTesting.h"
 
+#include <cstddef>
 #include <cstdlib>
 
 namespace tolmtest {
@@ -9,21 +10,21 @@ namespace {
 /// The sign-in of the command line against every hostile answer.
 class HostileSignIn : public testing::Test {
 protected:
-    void SetUp() override { setenv("TOLM_SECRET", "anna's secret", 1); }
+    void SetUp() override {
+        setenv("TOLM_SECRET", "anna's secret", 1);
+        const auto run = Tolm({"new", dataset, "--server", vorn::StringUtil::ToString(server.Address()), "--project",
+                               "tower", "--user", "anna"});
+        ASSERT_EQ(run.code, tolmcli::Done) << run.err;
+    }
     void TearDown() override { unsetenv("TOLM_SECRET"); }
 
     /// Runs a command that signs in first, and tells what it asked for. The secret goes out once.
     std::vector<RecordedRequest> Asked(const ScriptedAnswer& answer) {
-        ScriptedServer server;
+        const auto before = static_cast<std::ptrdiff_t>(server.Requests().size());
         server.Next(answer);
-        const TempFolder folder;
-        const std::string dataset = vorn::StringUtil::ToString(folder.File(L"office.db"));
-        EXPECT_EQ(Tolm({"new", dataset, "--server", vorn::StringUtil::ToString(server.Address()), "--project", "tower",
-                        "--user", "anna"})
-                      .code,
-                  tolmcli::Done);
         const auto run = Tolm({"compare", dataset});
-        const auto requests = server.Requests();
+        auto requests = server.Requests();
+        requests.erase(requests.begin(), requests.begin() + before);
         EXPECT_EQ(requests.at(0).path, "/api/SignIn");
         if (requests.size() == 1) {
             EXPECT_EQ(run.code, tolmcli::Failed);
@@ -33,7 +34,10 @@ protected:
         return requests;
     }
 
+    const TempFolder folder;
+    const std::string dataset = vorn::StringUtil::ToString(folder.File(L"office.db"));
     const std::string trueBody = R"({"code":"10000","data":{"token":"the true token"}})";
+    ScriptedServer server;
     ScriptedServer elsewhere;
 };
 
