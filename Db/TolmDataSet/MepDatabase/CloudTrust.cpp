@@ -31,11 +31,6 @@ Authorities LoadAuthorities() {
     return authorities;
 }
 
-/// An address of version 6 stands in brackets.
-std::string WithoutBrackets(const std::string& host) {
-    return host.starts_with('[') && host.ends_with(']') ? host.substr(1, host.size() - 2) : host;
-}
-
 /// The HTTP library verifies the host itself, but takes a common name beside other names.
 bool RequireHost(SSL_CTX* context, const std::string& host) {
     X509_VERIFY_PARAM* const parameters = SSL_CTX_get0_param(context);
@@ -55,8 +50,8 @@ void Prepare(SSL_CTX* context, const Authorities& authorities, const std::string
 } // namespace
 
 void SetTrust(web::http::client::http_client_config& config, const std::string& host) {
-    config.set_ssl_context_callback([authorities = LoadAuthorities(), name = WithoutBrackets(host)](auto& context) {
-        Prepare(context.native_handle(), authorities, name);
+    config.set_ssl_context_callback([authorities = LoadAuthorities(), host](auto& context) {
+        Prepare(context.native_handle(), authorities, host);
     });
 }
 
