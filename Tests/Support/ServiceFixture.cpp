@@ -3,6 +3,7 @@
 #include "Host/Session.h"
 #include "Service/ProjectFile.h"
 #include "Service/Service.h"
+#include "Support/Canary.h"
 #include "Vorn/Text.h"
 
 #include <algorithm>
@@ -36,6 +37,7 @@ struct ServiceFixture::Running {
 ServiceFixture::ServiceFixture() : m_seconds(std::make_shared<std::atomic<long long>>(1'000'000)) {
     Restart();
     AddUser("anna", "anna's secret");
+    WatchForSecret("anna's secret");
 }
 
 ServiceFixture::~ServiceFixture() = default;
@@ -98,6 +100,7 @@ std::string ServiceFixture::SignIn(const std::string& userId, const std::string&
     const auto token = Service().Users().SignIn(userId, secret);
     if (!token)
         throw std::runtime_error("the sign-in was refused");
+    WatchForSecret(*token);
     return *token;
 }
 

@@ -1,7 +1,9 @@
 #include "MepDatabase/MepProjectSettingHttpUtility.h"
 
 #include "Host/Session.h"
+#include "MepDatabase/AnswerGuard.h"
 #include "MepDatabase/CloudFrame.h"
+#include "MepDatabase/CloudTrust.h"
 #include "MepDatabase/WireText.h"
 #include "Vorn/DebugMessage.h"
 
@@ -33,9 +35,12 @@ std::string HeaderValue(const wstring& value) {
     return text;
 }
 
-http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint) {
+http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint,
+                            const web::uri& address) {
     http_client_config config;
     config.set_max_redirects(0);
+    if (address.scheme() == "https")
+        SetTrust(config, address.host());
     if (endpoint.timeOut == CloudEndpoint::TimeOut::Configured)
         config.set_timeout(std::chrono::microseconds(std::int64_t{client.GetRequestTimeOut()}));
     return config;
@@ -43,7 +48,8 @@ http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEn
 
 http_client ClientFor(TolmProjectSettingHttpUtility& client, const CloudCall& call) {
     const bool whole = call.endpoint.address == CloudEndpoint::Address::Whole;
-    return http_client(web::uri(ToWire(whole ? call.host + call.path : call.host)), ConfigOf(client, call.endpoint));
+    const web::uri address(ToWire(whole ? call.host + call.path : call.host));
+    return http_client(address, ConfigOf(client, call.endpoint, address));
 }
 
 void Address(TolmProjectSettingHttpUtility& client, const CloudCall& call, http_request& request) {
@@ -62,17 +68,40 @@ void SetBody(const web::json::value& body, http_request& request) {
     request.set_body(bytes, text.size(), "text/plain; charset=utf-8");
 }
 
+/// Throws where an object outside of lists has two members of one name: which of them counts is anybody's guess. The
+/// HTTP library keeps members sorted by name. The rows of a list stand for themselves.
+void RefuseDoubledNames(const web::json::value& body) {
+    const std::string* before = nullptr;
+    for (const auto& [name, member] : body.as_object()) {
+        if (before != nullptr && *before == name)
+            throw web::json::json_exception("Key found twice");
+        before = &name;
+        if (member.is_object())
+            RefuseDoubledNames(member);
+    }
+}
+
+/// What the guard throws ends the request.
+void Guard(const http_client_config& config, http_request& request) {
+    AnswerGuard guard(config.timeout<std::chrono::microseconds>());
+    request.set_progress_handler([guard](web::http::message_direction::direction direction, auto bytes) mutable {
+        if (direction == web::http::message_direction::download)
+            guard.Check(bytes, AnswerGuard::Clock::now());
+    });
+}
+
 CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) {
     http_client http = ClientFor(client, call);
     http_request request(call.endpoint.method);
     Address(client, call, request);
     if (call.body != nullptr)
         SetBody(*call.body, request);
+    Guard(http.client_config(), request);
     auto response = http.request(request, pplx::cancellation_token::none()).get();
     CloudAnswer answer;
     answer.body = response.extract_json(false).get();
     answer.status = response.status_code();
-    static_cast<void>(answer.body.as_object());
+    RefuseDoubledNames(answer.body);
     return answer;
 }
 

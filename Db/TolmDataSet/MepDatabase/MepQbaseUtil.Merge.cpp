@@ -1,5 +1,6 @@
 #include "MepDatabase/MepQbaseUtil.h"
 #include "MepDatabase/CallSite.h"
+#include "MepDatabase/JsonRead.h"
 #include "MepDatabase/MepProjectSettingHttpUtility.h"
 #include "MepDatabase/MergeFiles.h"
 #include "MepDatabase/MergeLists.h"
@@ -15,6 +16,17 @@
 #include <span>
 
 namespace tolm {
+namespace {
+
+/// Throws where a half of the increment is none, or has no list under "ConfigTree", without which half of the tables
+/// and all other content would pass for unchanged. Another table that is no list fails by itself.
+void RequireTables(const web::json::value& half) {
+    const auto* const rows = jsonread::Find(half.as_object(), TolmProjectSettingHttpUtility::ConfigTreeTable());
+    if (rows != nullptr)
+        static_cast<void>(rows->as_array());
+}
+
+} // namespace
 
 bool GetCloudAddAndDelData(wstring projectId, int version, web::json::value& add, web::json::value& del) {
     web::json::value root;
@@ -24,6 +36,8 @@ bool GetCloudAddAndDelData(wstring projectId, int version, web::json::value& add
     }
     add = std::move(root.at("add"));
     del = std::move(root.at("del"));
+    RequireTables(add);
+    RequireTables(del);
     return add.size() > 0 || del.size() > 0;
 }
 
