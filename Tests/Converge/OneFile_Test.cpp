@@ -193,7 +193,8 @@ protected:
     }
 
     /// Each edit that was said to be made is in the cloud, or was followed by another one of the same worker, or gave
-    /// way to a change that came from outside after the version that the editor had.
+    /// way to a change of the cloud after the version that the file told. That change may be the upload of an earlier
+    /// state from this very file, of which the file did not tell yet.
     void ExpectNothingLost(const Ledger& ledger, const VersionLog& log) {
         for (std::size_t i = 0; i < ledger.attempts.size(); ++i) {
             if (ledger.attempts[i].end == Attempt::End::Done)
@@ -216,8 +217,9 @@ protected:
                 return "followed";
         }
         for (const auto& state : states) {
-            if (state.Mark() >= kOutsideMarks && state.born > edit.from)
-                return "overridden";
+            if (state.born > edit.from)
+                return state.Mark() >= kOutsideMarks ? "overridden from outside"
+                                                     : "overridden by the file's own upload";
         }
         ADD_FAILURE() << edit.what << ' ' << edit.id << ' ' << edit.mark << " made at version " << edit.from
                       << " is lost; the cloud has " << Text(states);

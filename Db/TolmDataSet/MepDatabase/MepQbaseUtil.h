@@ -6,6 +6,7 @@
 #include "Vorn/Progress.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ class object;
 
 namespace tolm {
 
+struct CallSite;
 class ComponentCache;
 class IProjectSettingConnectionSerie;
 class IProjectSettingMEPMaterialSerie;
@@ -28,6 +30,13 @@ class IProjectSettingSystemType;
 class MaterialCache;
 class StoreFrame;
 struct SharedReads;
+
+/// How an upload came out.
+enum class UploadOutcome {
+    Failed,
+    Nothing, ///< there was nothing to send: nothing is noted, or another process has sent it
+    Sent
+};
 
 /// The one class through which the library touches the local store.
 ///
@@ -44,6 +53,9 @@ public:
 
     // --- header (MepQbaseUtil.Header.cpp) ------------------------------------------------------------------------
     bool SetLocalVersion(wstring filePath, wstring ddqFilePath, int version);
+    /// Sets the version where the header still says `expected`; elsewhere another process has synchronised the dataset
+    /// meanwhile, and `version` becomes what the header says. False, and reported, when it is not on disk.
+    bool ReplaceLocalVersion(const wstring& filePath, const wstring& ddqFilePath, int expected, int& version);
     wstring SetLastUpdateTimePoint(wstring filePath, wstring ddqFilePath);
     int GetLocalVersion(wstring filePath, wstring ddqFilePath, bool& hasLocalChanges);
     wstring GetLastUpdateTimePoint(wstring filePath, wstring ddqFilePath);
@@ -180,6 +192,9 @@ public:
                                  wstring templateFilePath, wstring componentFilePath, bool tableByTable);
     bool SendModifiedDataToCloud(bool writeTimePoint, vorn::IProgressReporter* progress, wstring datasetFilePath,
                                  wstring templateFilePath, wstring componentFilePath);
+    /// The same without time point and reporter, and told more exactly.
+    UploadOutcome SendModifiedDataToCloud(const wstring& datasetFilePath, const wstring& templateFilePath,
+                                          const wstring& componentFilePath);
 
     // --- ingest (MepQbaseUtil.Ingest*.cpp)
     // ----------------------------------------------------------------------------
@@ -230,6 +245,19 @@ private:
     /// change through a `StoreFrame` or a `StatusCompanion` in the same commit.
     bool RecordLocalChange(wstring filePath, wstring ddqFilePath, const char* classCode, wstring id, int status,
                            short mepType, short disciplineId);
+
+    struct RefreshPlace {
+        const wstring& dataset;
+        const wstring& definition;
+        const wstring& combinedProducts;
+        const wstring& binaryFolder;
+    };
+    /// Faults are reported in the name of `site`.
+    std::optional<bool> RefreshOnce(const CallSite& site, const RefreshPlace& place, bool writeTimePoint,
+                                    vorn::IProgressReporter* progress, RecoverDataInfo* recoverInfo);
+    UploadOutcome SendPatch(const CallSite& site, bool writeTimePoint, vorn::IProgressReporter* progress,
+                            const wstring& datasetFilePath, const wstring& templateFilePath,
+                            const wstring& componentFilePath);
 
     std::vector<wstring> m_recoveredSystemTypeIds;
 
