@@ -25,7 +25,8 @@ std::int64_t TellAnew(soci::session& session, const Caller& caller) {
 
 std::int64_t TakeUpload(soci::session& session, const Caller& caller, const UploadPatch& patch) {
     const auto state = LockProject(session, caller.projectId);
-    RefuseNeverFilled(state);
+    if (patch.change.put.empty()) // rows are taken as a project's first ones
+        RefuseNeverFilled(state);
     const auto taken = ReadTakenUpload(session, caller);
     if (taken && taken->bodyHash == patch.bodyHash)
         return taken->version;

@@ -9,16 +9,18 @@ namespace {
 
 /// Allocations of this thread until one fails; negative when none does.
 thread_local int t_untilFailure = -1;
+/// The size of which no memory is to be had in this thread; 0 when there is no such size.
+thread_local std::size_t t_missingSize = 0;
 
-bool FailsNow() {
-    return t_untilFailure >= 0 && t_untilFailure-- == 0;
+bool FailsNow(std::size_t size) {
+    return (t_missingSize != 0 && size == t_missingSize) || (t_untilFailure >= 0 && t_untilFailure-- == 0);
 }
 
 } // namespace
 
 // Kept out of line: inlined, the pair looks to the compiler as if memory of new went to free.
 [[gnu::noinline]] void* operator new(std::size_t size) {
-    void* const memory = FailsNow() ? nullptr : std::malloc(size != 0 ? size : 1);
+    void* const memory = FailsNow(size) ? nullptr : std::malloc(size != 0 ? size : 1);
     if (memory == nullptr)
         throw std::bad_alloc();
     return memory;
@@ -83,6 +85,35 @@ TEST(OutOfMemory, ATableOrRecordThatCannotBeMadeIsAnEmptyOwner) {
     EXPECT_FALSE(MakeWithFailureAt(0, &CircuitTemplateData::Create));
     EXPECT_FALSE(MakeWithFailureAt(0, &IProjectSettingMaterial::Create));
     EXPECT_FALSE(MakeWithFailureAt(1, &IProjectSettingMaterial::Create));
+}
+
+class MethodsOutOfMemory : public StoreFixture {
+protected:
+    /// Reads while there is no memory for a record of this type.
+    template <class Record, class Read> bool ReadWithout(const Read& read) {
+        std::vector<Record> list;
+        t_missingSize = sizeof(Record);
+        const bool found = read(list);
+        t_missingSize = 0;
+        return found || !list.empty();
+    }
+};
+
+TEST_F(MethodsOutOfMemory, AMethodThatCannotBeMadeIsReportedAndPassedOver) {
+    ASSERT_TRUE(util.addBalancingMethod(path, ddq, {}) && util.addInsulationSerie(path, ddq, {}) &&
+                util.addSizingMethod(path, ddq, {}));
+    Sql(path, "update BMD set DisciplineId = 2");
+    const auto discipline = MEPDisciplineId::Plumbing;
+    EXPECT_FALSE(ReadWithout<DataSetBalancingMethod>(
+        [&](auto& list) { return util.readBalancingMethodList(path, ddq, discipline, list); }));
+    EXPECT_FALSE(ReadWithout<DataSetInsulationSerie>([&](auto& list) {
+        return util.readInsulationSerieList(path, ddq, discipline, TolmInsulationSerieType::Pipe, list);
+    }));
+    EXPECT_FALSE(ReadWithout<DataSetSizingMethod>(
+        [&](auto& list) { return util.readSizingMethodList(path, ddq, TolmSizingMethodType::Pipe, list); }));
+    EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"MepQbaseUtil::readBalancingMethodList: ptempSerie为空",
+                                                         L"MepQbaseUtil::readInsulationSerieList: ptempSerie为空",
+                                                         L"MepQbaseUtil::readSizingMethodList: sizingMethod为空"}));
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include "Host/Categories.h"
 #include "Host/Components.h"
-#include "MepDataSetInterface/AvailableLater.h"
 
 namespace {
 
@@ -99,16 +98,15 @@ TEST_F(Products, ComponentIdentifiersAreChangedInTheComponentDatabase) {
     const auto found = dataset->GetProjectProductList({L"tee"});
     EXPECT_EQ(found.at(L"tee")[0]->GetId(), L"c-9");
     EXPECT_EQ(found.at(L"tee")[0]->GetComponentTypeId(), L"t-9");
+    EXPECT_FALSE(Exists(path)) << "the fittings of the store are the host's to change";
 }
 
-TEST_F(Products, CombinedOnesAreBroughtByALaterVersion) {
-    EXPECT_FALSE(dataset->AddCombinedComponents(L"target", {TolmCombinedProduct{}}));
-    EXPECT_FALSE(dataset->RemoveCombinedComponents(L"key", L"target", {L"p"}));
-    Warnings expected;
-    for (const wchar_t* operation : {L"AddCombinedComponents", L"RemoveCombinedComponents"})
-        expected.push_back(wstring(L"TolmDataset::") + operation + L": " + kAvailableLater);
-    EXPECT_EQ(TakeDebugWarningsWithFunction(), expected);
-    EXPECT_FALSE(Exists(combinedPath));
+TEST_F(Products, ComponentIdentifiersOfFittingsAreReplacedInTheStoreAlone) {
+    MakeStore();
+    EXPECT_TRUE(dataset->ReplaceFittingComponentId({{L"c-3", L"c-9"}}));
+    EXPECT_NE(dataset->GetLastUpdateTimePointString(), L"");
+    EXPECT_EQ(dataset->GetProjectProductList({L"tee"}).at(L"tee")[0]->GetId(), L"c-3");
+    EXPECT_FALSE(dataset->ReplaceFittingComponentId({}));
 }
 
 TEST_F(Products, ComponentIdentifiersOfFittingsInAStoreThatIsNotThereAreNotReplaced) {

@@ -5,24 +5,11 @@
 #include "StoreSupport/IngestFixture.h"
 #include "Support/Golden.h"
 
-#include <regex>
-
 /// What goes over the wire, to the byte: one file for each table and each endpoint under Tests/Data/Requests.
 namespace tolmtest {
 namespace {
 
 using web::json::value;
-
-/// The requests as they came in, one below the other. The port and the version of the HTTP library are not ours; lines
-/// end as in any text file.
-std::string Recorded(const ScriptedServer& server) {
-    std::string text;
-    for (const auto& request : server.Requests())
-        text += request.raw + "\n\n";
-    text = std::regex_replace(text, std::regex("127\\.0\\.0\\.1:[0-9]+"), "127.0.0.1:PORT");
-    text = std::regex_replace(text, std::regex("(User-Agent: ?[a-z]+)/[0-9.]+"), "$1/VERSION");
-    return std::regex_replace(text, std::regex("\r\n"), "\n");
-}
 
 class GoldenRequests : public testing::Test {
 protected:

@@ -140,6 +140,14 @@ TEST_F(UploadedPatch, ToAProjectThatWasNeverFilledIsRefused) {
     EXPECT_EQ(UploadCode(EmptyPatch(0)), "40902");
 }
 
+TEST_F(UploadedPatch, RowsAreTakenAsTheFirstOnesOfAProjectThatWasNeverFilled) {
+    Service().CreateProject("p");
+    EXPECT_EQ(UploadCode(Creation(0, Series("s", "S"))), "200100");
+    EXPECT_EQ(Call("/api/GetVersion/p", "", Token())["data"], -1);
+    EXPECT_EQ(UploadCode(Creation(0, Series("s", "S"))), "10000");
+    EXPECT_EQ(Version(), 1);
+}
+
 TEST_F(UploadedPatch, TwoRowsOfOneNameAreRefusedAndChangeNothing) {
     Fill({{"PipeType", {Series("s", "A")}}});
     auto patch = Creation(1, Series("t", "A"));

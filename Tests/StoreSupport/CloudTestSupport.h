@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cctype>
 #include <optional>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -44,5 +45,16 @@ using HeaderLines = std::vector<std::string>;
 inline const HeaderLines WithContentType{"Authorization: secret-token", "Content-Type: application/json",
                                          "x-kfe-userid: user-1"};
 inline const HeaderLines WithoutContentType{"Authorization: secret-token", "x-kfe-userid: user-1"};
+
+/// The requests as they came in, one below the other. The port and the version of the HTTP library are not ours; lines
+/// end as in any text file.
+inline std::string Recorded(const ScriptedServer& server) {
+    std::string text;
+    for (const auto& request : server.Requests())
+        text += request.raw + "\n\n";
+    text = std::regex_replace(text, std::regex("127\\.0\\.0\\.1:[0-9]+"), "127.0.0.1:PORT");
+    text = std::regex_replace(text, std::regex("(User-Agent: ?[a-z]+)/[0-9.]+"), "$1/VERSION");
+    return std::regex_replace(text, std::regex("\r\n"), "\n");
+}
 
 } // namespace tolmtest

@@ -11,14 +11,14 @@ using tolmcli::Refused;
 TEST(CommandLine, HelpNamesEveryCommandAndSucceeds) {
     const auto run = Tolm({"--help"});
     EXPECT_EQ(run.code, Done);
-    for (const char* word :
-         {"new", "info", "compare", "pull", "list", "show", "changes", "add", "edit", "delete", "doctor"})
+    for (const char* word : {"new", "info", "compare", "pull", "sync", "push", "merge", "list", "show", "changes",
+                             "add", "edit", "delete", "doctor"})
         EXPECT_TRUE(Contains(run.out, word)) << word;
 }
 
 TEST(CommandLine, HelpOfACommandHasAnExample) {
-    for (const char* word :
-         {"new", "info", "compare", "pull", "list", "show", "changes", "add", "edit", "delete", "doctor"}) {
+    for (const char* word : {"new", "info", "compare", "pull", "sync", "push", "merge", "list", "show", "changes",
+                             "add", "edit", "delete", "doctor"}) {
         const auto run = Tolm({word, "--help"});
         EXPECT_EQ(run.code, Done);
         EXPECT_TRUE(Contains(run.out, std::string("tolm ") + word)) << run.out;

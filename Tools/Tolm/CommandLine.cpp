@@ -68,6 +68,17 @@ void AddPullOptions(CLI::App& app, Options& options) {
     app.add_flag("--discard", options.discard, "Throw local changes away and load the project whole");
 }
 
+void AddSyncOptions(CLI::App& app, Options& options) {
+    app.add_flag("--from-local", options.fromLocal,
+                 "Where the project has no settings yet: fill it from this dataset, not from the default template");
+    app.add_option("--attempts", options.attempts, "How often to try while others change the project at the same time")
+        ->check(CLI::Range(1, 100))
+        ->capture_default_str();
+    app.add_option("--pause", options.pause, "Seconds before the second attempt; each further pause is longer")
+        ->check(CLI::Range(0.0, 60.0))
+        ->capture_default_str();
+}
+
 void AddListOptions(CLI::App& app, Options& options) {
     AddWhat(app, options, ListableWords());
     AddKind(app, options);
@@ -119,13 +130,32 @@ void AddImportOptions(CLI::App& app, Options& options) {
     app.add_option("file", options.components, "JSON file of disciplines, categories and components")->required();
 }
 
+void AddFileOptions(CLI::App& app, Options& options) {
+    AddWhat(app, options, ExchangedWords(true));
+    app.add_option("file", options.file, "JSON file of the records")->required();
+}
+
 constexpr Command kCommands[] = {
     {"new", "Make an empty dataset and note where its settings come from",
      "tolm new office.db --server http://127.0.0.1:8080 --project office-tower --user anna", RunNew, AddNewOptions},
     {"info", "Show where a dataset stands", "tolm info office.db", RunInfo, AddNothing},
     {"compare", "Compare the dataset's version with the cloud's", "tolm compare office.db", RunCompare, AddNothing},
     {"pull", "Bring the dataset up to the cloud's version", "tolm pull office.db", RunPull, AddPullOptions},
-    {"list", "List materials, sizes, series, groups, systems or connections",
+    {"sync", "Bring dataset and cloud to the same state, whatever that takes",
+     "tolm sync office.db\n  tolm sync office.db --json\n  tolm sync office.db --from-local\n\n"
+     "Pulls, pushes or merges, as 'tolm compare' finds it. In a merge the cloud wins where others changed the same\n"
+     "setting, and a new setting whose name the cloud has already gets a number behind it. At the end stands what "
+     "came\n"
+     "from the cloud, what went there, what was renamed, and which of your changes the cloud overrode. When others "
+     "send\n"
+     "changes at the same moment, it compares and tries again. Exit code 0 when both are the same, 1 when that "
+     "failed,\n"
+     "3 where going on would lose data or the service refuses a name that stands twice; your changes are kept then.",
+     RunSync, AddSyncOptions},
+    {"push", "Send the local changes to a cloud that has not moved on", "tolm push office.db", RunPush, AddNothing},
+    {"merge", "Merge the cloud's changes with the local ones, and send what remains", "tolm merge office.db", RunMerge,
+     AddNothing},
+    {"list", "List materials, sizes, series, groups, systems, connections, templates, methods or products",
      "tolm list office.db sizes --kind plumbing-pipe", RunList, AddListOptions},
     {"show", "Show one record with all that it holds",
      "tolm show office.db size \"Copper tube\"\n  tolm show office.db series \"Copper, pressed\"", RunShow,
@@ -151,11 +181,18 @@ constexpr Command kCommands[] = {
      RunAdd, AddAddOptions},
     {"edit", "Change a material or a size table",
      "tolm edit office.db size \"Stainless DN15-20\" --remove-row 1 --row 25,28,25.6,1.2", RunEdit, AddEditOptions},
-    {"delete", "Delete materials, size tables, series or groups that nothing uses, or system types",
+    {"delete", "Delete materials, size tables, series or groups that nothing uses, or any other record",
      "tolm delete office.db size \"Stainless DN15-20\"\n"
      "  tolm delete office.db series \"Copper, pressed\" \"Copper, soldered\"\n"
      "  tolm delete office.db group \"Cold water\" --force",
      RunDelete, AddDeleteOptions},
+    {"export", "Write circuit templates, insulation series, sizing methods or combined products to a file",
+     "tolm export office.db templates templates.json", RunExport, AddFileOptions},
+    {"import", "Add or change what a file holds; templates and products go to the service at once",
+     "tolm import office.db templates templates.json\n\n"
+     "A record whose id stands is changed, any other is added. Without a service it stays in the dataset. A balancing\n"
+     "method that is stored here has no discipline by which it could be listed: there is no word for them.",
+     RunImport, AddFileOptions},
     {"import-components", "Fill the dataset's component database from a file",
      "tolm import-components office.db components.json", RunImportComponents, AddImportOptions},
 };

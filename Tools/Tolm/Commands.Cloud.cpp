@@ -1,5 +1,6 @@
 #include "Tolm/Commands.h"
 
+#include "Tolm/Comparison.h"
 #include "Tolm/Errors.h"
 #include "Tolm/ProgressBar.h"
 #include "Tolm/Workplace.h"
@@ -9,7 +10,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <array>
 #include <ostream>
 
 namespace tolmcli {
@@ -17,58 +17,6 @@ namespace {
 
 using tolm::CompareVersionResult;
 using vorn::StringUtil;
-
-struct ResultWords {
-    CompareVersionResult result;
-    const char* word;
-    const char* advice;
-};
-
-constexpr std::array kResults{
-    ResultWords{CompareVersionResult::NotComparable, "not comparable",
-                "The versions cannot be compared: the service did not answer, or its version is below the local one."},
-    ResultWords{CompareVersionResult::Same, "up to date", "Nothing to do."},
-    ResultWords{CompareVersionResult::CloudAhead, "cloud ahead", "Run 'tolm pull'."},
-    ResultWords{CompareVersionResult::LocalChanges, "local changes", "There are local changes that the cloud lacks."},
-    ResultWords{CompareVersionResult::BothChanged, "both changed",
-                "The cloud moved on and there are local changes: they have to be merged."},
-    ResultWords{CompareVersionResult::CloudNotInitialised, "cloud not initialised",
-                "The project has no settings in the cloud yet."},
-};
-static_assert(kResults.size() == static_cast<std::size_t>(CompareVersionResult::CloudNotInitialised) + 2);
-
-const ResultWords& WordsOf(CompareVersionResult result) {
-    return kResults.at(static_cast<std::size_t>(static_cast<int>(result) + 1));
-}
-
-struct Comparison {
-    CompareVersionResult result = CompareVersionResult::NotComparable;
-    std::wstring project;
-    int cloud = 0;
-    int local = 0;
-    std::wstring timePoint;
-};
-
-Comparison Compare(Workplace& place) {
-    Comparison comparison;
-    comparison.result = place.Dataset().CompareCloudVersion(comparison.project, comparison.cloud, comparison.local,
-                                                            comparison.timePoint);
-    return comparison;
-}
-
-void PrintMessages(Workplace& place, std::ostream& out) {
-    for (const auto& message : place.Heard().TakeMessages())
-        out << message << '\n';
-}
-
-/// The messages of the service's side behind `what`, as one failure.
-[[noreturn]] void FailWithMessages(Workplace& place, std::string what) {
-    for (const auto& message : place.Heard().TakeMessages())
-        what += "\n  " + message;
-    for (const auto& fault : place.Heard().TakeFaults())
-        what += "\n  " + fault;
-    throw Failure(what);
-}
 
 /// Local changes are thrown away by loading the project whole: what was only edited here would otherwise stay.
 void PrepareToDiscard(Workplace& place) {
@@ -115,7 +63,7 @@ void RunPull(const Options& options, Context& context) {
     const Comparison before = Compare(place);
     if (before.cloud < 1)
         FailWithMessages(place, "nothing was pulled");
-    const bool discarding = !changes.empty();
+    const bool discarding = !changes.empty() || (options.discard && before.cloud < before.local);
     if (!discarding && before.cloud == before.local) {
         context.out << "Up to date at version " << before.local << '\n';
         return;

@@ -142,10 +142,14 @@ std::vector<std::string> DeletableWords() {
     words.reserve(kDeletables.size());
     for (const Deletable& deletable : kDeletables)
         words.emplace_back(deletable.word);
+    const auto exchanged = ExchangedWords(false);
+    words.insert(words.end(), exchanged.begin(), exchanged.end());
     return words;
 }
 
 void RunDelete(const Options& options, Context& context) {
+    if (DeleteExchanged(options, context))
+        return;
     Workplace place(StringUtil::ToWString(options.dataset));
     for (const Deletable& deletable : kDeletables) {
         if (options.what != deletable.word)

@@ -166,6 +166,8 @@ std::vector<std::string> Words(const char* Readable::*word) {
     words.reserve(kReadables.size());
     for (const Readable& readable : kReadables)
         words.emplace_back(readable.*word);
+    const auto exchanged = ExchangedWords(word == &Readable::many);
+    words.insert(words.end(), exchanged.begin(), exchanged.end());
     return words;
 }
 
@@ -180,11 +182,13 @@ std::vector<std::string> ShowableWords() {
 }
 
 void RunList(const Options& options, Context& context) {
-    Read(&Readable::many, &Readable::list, options, context);
+    if (!ListExchanged(options, context))
+        Read(&Readable::many, &Readable::list, options, context);
 }
 
 void RunShow(const Options& options, Context& context) {
-    Read(&Readable::one, &Readable::show, options, context);
+    if (!ShowExchanged(options, context))
+        Read(&Readable::one, &Readable::show, options, context);
 }
 
 void RunUsedBy(const Options& options, Context& context) {

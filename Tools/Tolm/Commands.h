@@ -19,6 +19,7 @@ struct Options {
     std::string dataset;
     std::string what; ///< materials, sizes, material, size
     std::vector<std::string> names;
+    std::string file;
 
     std::string server;
     std::string project;
@@ -30,6 +31,10 @@ struct Options {
 
     bool discard = false;
     bool force = false;
+
+    bool fromLocal = false;
+    int attempts = 6;
+    double pause = 0.5; ///< seconds before the second attempt
 
     std::string kind;
     std::optional<std::string> name;
@@ -50,6 +55,9 @@ void RunNew(const Options& options, Context& context);
 void RunInfo(const Options& options, Context& context);
 void RunCompare(const Options& options, Context& context);
 void RunPull(const Options& options, Context& context);
+void RunSync(const Options& options, Context& context);
+void RunMerge(const Options& options, Context& context);
+void RunPush(const Options& options, Context& context);
 void RunList(const Options& options, Context& context);
 void RunShow(const Options& options, Context& context);
 void RunUsedBy(const Options& options, Context& context);
@@ -60,6 +68,16 @@ void RunAdd(const Options& options, Context& context);
 void RunEdit(const Options& options, Context& context);
 void RunDelete(const Options& options, Context& context);
 void RunImportComponents(const Options& options, Context& context);
+/// Circuit templates, design methods and combined products to a file, and from one.
+void RunExport(const Options& options, Context& context);
+void RunImport(const Options& options, Context& context);
+
+// The same kinds in `list`, `show` and `delete`. False for other words.
+bool ListExchanged(const Options& options, Context& context);
+bool ShowExchanged(const Options& options, Context& context);
+bool DeleteExchanged(const Options& options, Context& context);
+/// Their words for many or for one.
+std::vector<std::string> ExchangedWords(bool many);
 
 /// What `list`, `show` and `delete` take.
 std::vector<std::string> ListableWords();

@@ -64,12 +64,6 @@ constexpr std::array kReferences{
     Reference{"CRT", 1511, "SMS", L"conduit series"},
 };
 
-const std::vector<StoredRecord>& RecordsOf(const StoreContents& contents, const std::string& classCode) {
-    static const std::vector<StoredRecord> none;
-    const auto found = contents.find(classCode);
-    return found != contents.end() ? found->second : none;
-}
-
 std::set<std::wstring> IdsOf(const std::vector<StoredRecord>& records) {
     std::set<std::wstring> ids;
     for (const StoredRecord& record : records)
@@ -112,24 +106,6 @@ bool MayShareItsName(const std::string& classCode, const StoredRecord& record) {
     return std::any_of(kSharedNames.begin(), kSharedNames.end(), [&](const SharedNames& shared) {
         return classCode == shared.classCode && record.Number(kMEPType) == static_cast<long>(shared.type);
     });
-}
-
-void CheckNames(const StoreContents& contents, std::vector<Finding>& findings) {
-    for (const ClassWords& words : kClasses) {
-        if (!words.namesAreUnique)
-            continue;
-        std::map<std::tuple<long, long, std::wstring>, std::wstring> firstIds;
-        for (const StoredRecord& record : RecordsOf(contents, words.code)) {
-            if (MayShareItsName(words.code, record))
-                continue;
-            const std::wstring name = record.Text(kNameAttribute);
-            const auto [first, isNew] =
-                firstIds.try_emplace({record.Number(kMEPType), record.Number(kDisciplineId), name}, record.id);
-            if (!isNew)
-                findings.push_back(
-                    {FindingGroup::Name, words.code, record.id, name, L"has the name of " + first->second});
-        }
-    }
 }
 
 void CheckChanges(const StoreContents& contents, const StoreContents& status, std::vector<Finding>& findings) {
@@ -179,6 +155,24 @@ const char* WordOfClass(const std::string& classCode) {
             return words.word;
     }
     return "record";
+}
+
+void CheckNames(const StoreContents& contents, std::vector<Finding>& findings) {
+    for (const ClassWords& words : kClasses) {
+        if (!words.namesAreUnique)
+            continue;
+        std::map<std::tuple<long, long, std::wstring>, std::wstring> firstIds;
+        for (const StoredRecord& record : RecordsOf(contents, words.code)) {
+            if (MayShareItsName(words.code, record))
+                continue;
+            const std::wstring name = record.Text(kNameAttribute);
+            const auto [first, isNew] =
+                firstIds.try_emplace({record.Number(kMEPType), record.Number(kDisciplineId), name}, record.id);
+            if (!isNew)
+                findings.push_back(
+                    {FindingGroup::Name, words.code, record.id, name, L"has the name of " + first->second});
+        }
+    }
 }
 
 std::vector<Finding> Examine(Workplace& place) {

@@ -37,11 +37,12 @@ bool ReadInteger(CQbase& store, short attribute, std::size_t, StoredValue& value
     return done;
 }
 
-/// Nobody asks for the value of such an attribute: that it can be read is enough.
 template <class Value, bool (CQbase::*get)(short, Value&)>
-bool ReadReal(CQbase& store, short attribute, std::size_t, StoredValue&) {
+bool ReadReal(CQbase& store, short attribute, std::size_t, StoredValue& value) {
     Value number = 0;
-    return (store.*get)(attribute, number);
+    const bool done = (store.*get)(attribute, number);
+    value.reals.push_back(number);
+    return done;
 }
 
 bool ReadText(CQbase& store, short attribute, std::size_t, StoredValue& value) {
@@ -64,20 +65,22 @@ bool ReadFloats(CQbase& store, short attribute, std::size_t, StoredValue& value)
     CFloatArray floats;
     const bool done = store.getFloatArray(attribute, floats);
     value.entryCount = static_cast<std::size_t>(floats.length());
+    for (int i = 0; i < floats.length(); ++i)
+        value.reals.push_back(floats.valueAt(i));
     return done;
 }
 
-bool ReadBinary(CQbase& store, short attribute, std::size_t size, StoredValue&) {
-    std::vector<char> bytes(size);
-    return store.getBinary(attribute, bytes.data());
+bool ReadBinary(CQbase& store, short attribute, std::size_t size, StoredValue& value) {
+    value.bytes.resize(size);
+    return store.getBinary(attribute, value.bytes.data());
 }
 
 bool ReadBinaries(CQbase& store, short attribute, std::size_t size, StoredValue& value) {
     CByteBuffer bytes;
     int count = 0;
     const bool done = store.getBinaryArray(attribute, bytes, count);
-    value.byteCount = static_cast<std::size_t>(count);
-    value.entryCount = value.byteCount / size;
+    value.bytes.assign(bytes.data(), bytes.data() + count);
+    value.entryCount = value.bytes.size() / size;
     return done;
 }
 
@@ -180,8 +183,8 @@ bool Is(short error, QbaseError code) {
 /// One walk through one file.
 class Walk {
 public:
-    Walk(CQbase& store, const std::wstring& what, std::vector<Finding>& findings)
-        : m_store(store), m_what(what), m_findings(findings) {}
+    Walk(CQbase& store, const std::wstring& what, std::vector<Finding>& findings, bool lookUp)
+        : m_store(store), m_what(what), m_findings(findings), m_lookUp(lookUp) {}
 
     /// The records of a class as far as the walk comes; false when it broke off.
     bool Read(const StoreClass& storeClass, std::vector<StoredRecord>& records) {
@@ -196,7 +199,9 @@ public:
             records.push_back(std::move(record));
         }
         const short error = m_store.getLastError();
-        return Is(error, QbaseError::NotFound) ? FindById(storeClass, records) : BreakOff(storeClass, L"", error);
+        if (!Is(error, QbaseError::NotFound))
+            return BreakOff(storeClass, L"", error);
+        return !m_lookUp || FindById(storeClass, records);
     }
 
 private:
@@ -237,9 +242,9 @@ private:
             if (found == record.values.end() || attribute.reader->mostEntries == 0)
                 continue;
             const StoredValue& value = found->second;
-            if (value.byteCount % attribute.size != 0)
+            if (value.bytes.size() % attribute.size != 0)
                 Tell(FindingGroup::List, storeClass, record,
-                     attribute.name + L" has " + std::to_wstring(value.byteCount) +
+                     attribute.name + L" has " + std::to_wstring(value.bytes.size()) +
                          L" bytes, which are no whole entries of " + std::to_wstring(attribute.size));
             if (value.entryCount > attribute.reader->mostEntries)
                 Tell(FindingGroup::List, storeClass, record,
@@ -261,7 +266,26 @@ private:
     CQbase& m_store;
     const std::wstring& m_what;
     std::vector<Finding>& m_findings;
+    bool m_lookUp;
 };
+
+StoreContents ReadThrough(const std::wstring& path, const std::wstring& what, std::vector<Finding>& findings,
+                          bool lookUp) {
+    const auto classes = ReadDefinition();
+    StoreContents contents;
+    CQbase store;
+    if (!store.openDatabase(tolm::DataSetFilePath::TOLMDDQFilePath, path, false) || !store.lockForRead()) {
+        findings.push_back({FindingGroup::File, "", L"", L"",
+                            L"the " + what + L" cannot be opened: " + ErrorWords(store.getLastError())});
+        return contents;
+    }
+    Walk walk(store, what, findings, lookUp);
+    for (const StoreClass& storeClass : classes) {
+        if (!walk.Read(storeClass, contents[storeClass.code]))
+            break;
+    }
+    return contents;
+}
 
 } // namespace
 
@@ -276,20 +300,23 @@ std::wstring StoredRecord::Text(short attribute) const {
 }
 
 StoreContents WalkStore(const std::wstring& path, const std::wstring& what, std::vector<Finding>& findings) {
-    const auto classes = ReadDefinition();
-    StoreContents contents;
-    CQbase store;
-    if (!store.openDatabase(tolm::DataSetFilePath::TOLMDDQFilePath, path, false) || !store.lockForRead()) {
-        findings.push_back({FindingGroup::File, "", L"", L"",
-                            L"the " + what + L" cannot be opened: " + ErrorWords(store.getLastError())});
-        return contents;
-    }
-    Walk walk(store, what, findings);
-    for (const StoreClass& storeClass : classes) {
-        if (!walk.Read(storeClass, contents[storeClass.code]))
-            break;
+    return ReadThrough(path, what, findings, true);
+}
+
+StoreContents ReadStore(const std::wstring& path, const std::wstring& what) {
+    std::vector<Finding> findings;
+    StoreContents contents = ReadThrough(path, what, findings, false);
+    for (const Finding& finding : findings) {
+        if (finding.group == FindingGroup::File)
+            throw Failure(StringUtil::ToString(finding.text));
     }
     return contents;
+}
+
+const std::vector<StoredRecord>& RecordsOf(const StoreContents& contents, const std::string& classCode) {
+    static const std::vector<StoredRecord> none;
+    const auto found = contents.find(classCode);
+    return found != contents.end() ? found->second : none;
 }
 
 } // namespace tolmcli

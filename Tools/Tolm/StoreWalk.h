@@ -23,7 +23,8 @@ struct Finding {
 struct StoredValue {
     long number = 0;
     std::vector<std::wstring> texts;
-    std::size_t byteCount = 0; ///< of a binary list
+    std::vector<double> reals;
+    std::vector<char> bytes; ///< of a binary value or list
     std::size_t entryCount = 0;
 };
 
@@ -47,5 +48,12 @@ inline constexpr short kNameAttribute = 1601;
 /// wrong length, become findings; `what` is how they call the file. The contents are what could be read. Throws
 /// Failure when the definition file cannot be read.
 StoreContents WalkStore(const std::wstring& path, const std::wstring& what, std::vector<Finding>& findings);
+
+/// Reads the same without looking records up by their ids and without a word on packed lists. Throws Failure when the
+/// store cannot be read whole.
+StoreContents ReadStore(const std::wstring& path, const std::wstring& what);
+
+/// The records of a class; none where the store holds no such class.
+const std::vector<StoredRecord>& RecordsOf(const StoreContents& contents, const std::string& classCode);
 
 } // namespace tolmcli

@@ -140,7 +140,8 @@ NotedChange ReadChange(CQbase& status, CQbase& data, const TrackedClass& tracked
     status.getShort(kStatus, change);
     status.getShort(kMEPType, type);
     status.getShort(kDisciplineId, discipline);
-    return {tracked.word, id.str(), NameOf(data, tracked.code, id), KindWord(type, discipline), ChangeWord(change)};
+    return {tracked.word,       id.str(),    NameOf(data, tracked.code, id), KindWord(type, discipline),
+            ChangeWord(change), tracked.code};
 }
 
 } // namespace

@@ -73,6 +73,7 @@ struct NotedChange {
     std::wstring name; ///< empty when the record is gone
     std::wstring kind;
     std::wstring change; ///< created, edited, removed
+    std::string code;    ///< of the record's class
 };
 
 /// What the status store holds, in the order of its records. Throws Failure when it is there and cannot be read.

@@ -1,7 +1,11 @@
-#include "MepDataSetInterface/AvailableLater.h"
+#include "Host/Definitions.h"
 #include "MepDataSetInterface/RecordBasics.h"
 #include "MepDataSetInterface/TableLists.h"
+#include "MepDataSetInterface/TableSlices.h"
 #include "MepDataSetInterface/TolmDataset_DesignData.h"
+#include "MepDatabase/MepQbaseUtil.h"
+
+#include <utility>
 
 namespace tolm {
 
@@ -21,20 +25,35 @@ std::vector<const ITolmProjectSettingCircuitTemplate*> CircuitTemplateData::GetC
     return Lend(m_circuitTemplateList, TOLM_CALL_SITE, L"m_circuitTemplateList[i]为空");
 }
 
-void CircuitTemplateData::AddCircuitTemplate(vorn::OwnerPtr<ITolmProjectSettingCircuitTemplate>) {
-    VORN_DEBUG_WARN(kAvailableLater);
+void CircuitTemplateData::AddCircuitTemplate(vorn::OwnerPtr<ITolmProjectSettingCircuitTemplate> pCircuitTemplate) {
+    if (!pCircuitTemplate) {
+        VORN_DEBUG_WARN(L"pCircuitTemplate为空");
+        return;
+    }
+    AddCircuitTemplateListToDB({pCircuitTemplate.get()});
+    ReplaceOrAppend(m_circuitTemplateList, std::move(pCircuitTemplate), TOLM_CALL_SITE,
+                    L"m_circuitTemplateList[i]为空");
 }
 
-void CircuitTemplateData::AddCircuitTemplateListToDB(std::vector<const ITolmProjectSettingCircuitTemplate*>) {
-    VORN_DEBUG_WARN(kAvailableLater);
+void CircuitTemplateData::AddCircuitTemplateListToDB(
+    std::vector<const ITolmProjectSettingCircuitTemplate*> pCircuitTemplateList) {
+    MepQbaseUtil::GetInstance()->WriteCircuitTemplateList(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                          std::move(pCircuitTemplateList));
 }
 
-void CircuitTemplateData::DeleteCircuitTemplateList(std::vector<const ITolmProjectSettingCircuitTemplate*>) {
-    VORN_DEBUG_WARN(kAvailableLater);
+void CircuitTemplateData::DeleteCircuitTemplateList(
+    std::vector<const ITolmProjectSettingCircuitTemplate*> pCircuitTemplateList) {
+    MepQbaseUtil::GetInstance()->DeleteCircuitTemplateList(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                           pCircuitTemplateList);
+    EraseById(m_circuitTemplateList, pCircuitTemplateList, TOLM_CALL_SITE,
+              {L"pCircuitTemplateList[i]为空", L"(*iter)为空"});
 }
 
-void CircuitTemplateData::CollectDesignData(wstring datasetFilePath, TolmProjectSettingTableId) {
+void CircuitTemplateData::CollectDesignData(wstring datasetFilePath, TolmProjectSettingTableId tableId) {
     m_datasetFilePath = std::move(datasetFilePath);
+    if (FindSlice(tableId, TableKind::CircuitTemplates) != nullptr)
+        MepQbaseUtil::GetInstance()->ReadCircuitTemplateList(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                             m_circuitTemplateList);
 }
 
 } // namespace tolm

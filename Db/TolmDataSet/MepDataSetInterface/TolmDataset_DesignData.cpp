@@ -2,9 +2,7 @@
 
 #include "Host/Categories.h"
 #include "Host/Definitions.h"
-#include "MepDataSetInterface/AvailableLater.h"
 #include "MepDatabase/MepQbaseUtil.h"
-#include "Vorn/DebugMessage.h"
 
 #include <utility>
 
@@ -30,50 +28,49 @@ bool TolmBaseDesignData::ReadSizeModuleList(wstring datasetFilePath, TolmProject
                                                            mepType, disciplineId, list);
 }
 
-bool TolmBaseDesignData::ReadInsulationSeries(wstring, MEPDisciplineId, TolmInsulationSerieType,
-                                              std::vector<DataSetInsulationSerie>&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmBaseDesignData::ReadInsulationSeries(wstring datasetFilePath, MEPDisciplineId disciplineId,
+                                              TolmInsulationSerieType type, std::vector<DataSetInsulationSerie>& list) {
+    return MepQbaseUtil::GetInstance()->readInsulationSerieList(
+        std::move(datasetFilePath), DataSetFilePath::TOLMDDQFilePath, disciplineId, type, list);
 }
 
-bool TolmBaseDesignData::ReadSizingMethods(wstring, TolmSizingMethodType, std::vector<DataSetSizingMethod>&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmBaseDesignData::ReadSizingMethods(wstring datasetFilePath, TolmSizingMethodType type,
+                                           std::vector<DataSetSizingMethod>& list) {
+    return MepQbaseUtil::GetInstance()->readSizingMethodList(std::move(datasetFilePath),
+                                                             DataSetFilePath::TOLMDDQFilePath, type, list);
 }
 
-bool TolmBaseDesignData::ReadBalancingMethods(wstring, MEPDisciplineId, std::vector<DataSetBalancingMethod>&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmBaseDesignData::ReadBalancingMethods(wstring datasetFilePath, MEPDisciplineId disciplineId,
+                                              std::vector<DataSetBalancingMethod>& list) {
+    return MepQbaseUtil::GetInstance()->readBalancingMethodList(std::move(datasetFilePath),
+                                                                DataSetFilePath::TOLMDDQFilePath, disciplineId, list);
 }
 
-bool TolmBaseDesignData::AddInsulationSerie(const DataSetInsulationSerie&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmBaseDesignData::AddInsulationSerie(const DataSetInsulationSerie& serie) {
+    return MepQbaseUtil::GetInstance()->addInsulationSerie(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath, serie);
 }
 
-bool TolmBaseDesignData::AddSizingMethod(const DataSetSizingMethod&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmBaseDesignData::AddSizingMethod(const DataSetSizingMethod& method) {
+    return MepQbaseUtil::GetInstance()->addSizingMethod(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath, method);
 }
 
-bool TolmBaseDesignData::AddBalancingMethod(const DataSetBalancingMethod&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmBaseDesignData::AddBalancingMethod(const DataSetBalancingMethod& method) {
+    return MepQbaseUtil::GetInstance()->addBalancingMethod(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath, method);
 }
 
-bool TolmBaseDesignData::DeleteInsulationSeries(const std::vector<DataSetInsulationSerie>&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmBaseDesignData::DeleteInsulationSeries(const std::vector<DataSetInsulationSerie>& list) {
+    return MepQbaseUtil::GetInstance()->deleteInsulationSerieList(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                                  list);
 }
 
-bool TolmBaseDesignData::DeleteSizingMethods(const std::vector<DataSetSizingMethod>&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmBaseDesignData::DeleteSizingMethods(const std::vector<DataSetSizingMethod>& list) {
+    return MepQbaseUtil::GetInstance()->deleteSizingMethodList(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                               list);
 }
 
-bool TolmBaseDesignData::DeleteBalancingMethods(const std::vector<DataSetBalancingMethod>&) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmBaseDesignData::DeleteBalancingMethods(const std::vector<DataSetBalancingMethod>& list) {
+    return MepQbaseUtil::GetInstance()->deleteBalancingMethodList(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                                  list);
 }
 
 std::vector<const ITolmCategoryInfo*> TolmBaseDesignData::getEndCategoryList(const ITolmCategoryInfo* category) const {

@@ -1,12 +1,30 @@
 #include "MepDataSetInterface/TolmProject.h"
 #include "Host/Definitions.h"
-#include "MepDataSetInterface/AvailableLater.h"
+#include "MepDatabase/MepProjectSettingHttpUtility.h"
 #include "MepDatabase/MepQbaseUtil.h"
 #include "Vorn/DebugMessage.h"
 
+#include <unordered_set>
 #include <utility>
 
 namespace tolm {
+namespace {
+
+struct SplitProducts {
+    std::vector<TolmCombinedProduct> created;
+    std::vector<TolmCombinedProduct> edited;
+};
+
+/// Those whose id is new apart from the others, both in their order.
+SplitProducts SplitByNewIds(std::vector<TolmCombinedProduct> products, const std::vector<wstring>& newIds) {
+    const std::unordered_set<wstring> fresh(newIds.begin(), newIds.end());
+    SplitProducts split;
+    for (auto& product : products)
+        (fresh.contains(product.Id) ? split.created : split.edited).push_back(std::move(product));
+    return split;
+}
+
+} // namespace
 
 bool TolmDataset::ReadDisciplineList(IdMap<ITolmDisciplineInfo>& disciplines) {
     ITolmCategoryInfoUtils* const pInfoUtils = TolmCategoryInfoUtilsHandler::Get().GetUtils();
@@ -68,14 +86,24 @@ bool TolmDataset::UpdateAllComponentId(std::map<wstring, wstring>& componentIds,
     return TolmComponentSqlUtil::UpdateAllComponentId(m_componentFilePath, componentIds, componentTypeIds);
 }
 
-bool TolmDataset::AddCombinedComponents(wstring, std::vector<TolmCombinedProduct>) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmDataset::AddCombinedComponents(wstring targetId, std::vector<TolmCombinedProduct> products) {
+    if (targetId.empty() || products.empty())
+        return false;
+    std::vector<wstring> newIds;
+    TolmComponentSqlUtil::InsertCombinedProduct(m_combinedProductFilePath, products, newIds);
+    auto [created, edited] = SplitByNewIds(std::move(products), newIds);
+    auto* const client = TolmProjectSettingHttpUtility::GetInstance();
+    const bool createdSent = !created.empty() && client->SendCreatedCombinationList(targetId, std::move(created));
+    const bool editedSent = !edited.empty() && client->SendEditedCombinationList(targetId, std::move(edited));
+    return createdSent || editedSent;
 }
 
-bool TolmDataset::RemoveCombinedComponents(wstring, wstring, std::vector<wstring>) {
-    VORN_DEBUG_WARN(kAvailableLater);
-    return false;
+bool TolmDataset::RemoveCombinedComponents(wstring localKey, wstring targetId, std::vector<wstring> ids) {
+    if (ids.empty())
+        return false;
+    TolmComponentSqlUtil::RemoveCombinedProduct(m_combinedProductFilePath, localKey, targetId, ids);
+    return TolmProjectSettingHttpUtility::GetInstance()->SendRemovedCombinationList(std::move(targetId),
+                                                                                    std::move(ids));
 }
 
 bool TolmDataset::ReplaceFittingComponentId(std::map<wstring, wstring> idMap) {

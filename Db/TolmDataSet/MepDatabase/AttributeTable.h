@@ -96,8 +96,24 @@ template <auto Getter, auto Setter, class Record = RecordOf<Getter>> constexpr A
     return {id, [](CQbase& qb, short at, const Record& record) { qb.setShort(at, ToShort((record.*Getter)())); },
             [](CQbase& qb, short at, Record& record) {
                 short value = 0;
-                if (qb.getShort(at, value))
-                    (record.*Setter)(static_cast<ValueOf<Getter>>(value));
+                if (qb.getShort(at, value)) {
+                    auto number = static_cast<ValueOf<Getter>>(value);
+                    (record.*Setter)(number);
+                }
+                return true;
+            }};
+}
+
+/// A flag kept as the byte 1 or 0.
+template <auto Getter, auto Setter, class Record = RecordOf<Getter>> constexpr Attribute<Record> Flag(short id) {
+    return {id,
+            [](CQbase& qb, short at, const Record& record) {
+                qb.setByte(at, static_cast<unsigned char>((record.*Getter)() ? 1 : 0));
+            },
+            [](CQbase& qb, short at, Record& record) {
+                unsigned char value = 0;
+                if (qb.getByte(at, value))
+                    (record.*Setter)(value != 0);
                 return true;
             }};
 }

@@ -52,6 +52,12 @@ inline constexpr CloudEndpoint UpLoad{
     "POST", L"/api/UpLoad/", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
 inline constexpr CloudEndpoint WorkunitUploadData{
     "POST", L"/api/workunit/uploadData", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
+inline constexpr CloudEndpoint CreateCombinations{
+    "POST", L"/api/CreateCombinations/", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
+inline constexpr CloudEndpoint EditCombinations{
+    "POST", L"/api/EditCombinations/", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
+inline constexpr CloudEndpoint RemoveCombinations{
+    "POST", L"/api/RemoveCombinations/", Headers::SessionAndContentType, TimeOut::Library, Address::Base};
 // clang-format on
 
 } // namespace CloudEndpoints

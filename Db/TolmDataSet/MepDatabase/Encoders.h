@@ -11,6 +11,8 @@
 
 namespace tolm {
 
+class ITolmProjectSettingCircuitTemplate;
+
 // The rows that go up to the settings service. Each encoder gives {"rows": [row, ...]} with one row for each record,
 // in the order of the list; a row is wrapped as {"id": ..., "data": row} when `wrapEdited` is true and `isCreated` is
 // not. A null record is reported, and the value is then a JSON null.
@@ -31,5 +33,14 @@ web::json::value
 GetCreatedOrEditedMEPMaterialListJasonValue(bool wrapEdited, bool isCreated,
                                             std::vector<std::shared_ptr<const IProjectSettingMEPMaterialSerie>> list);
 web::json::value GetFittingListJsonArray(std::vector<ITolmProjectSettingFittingComponentConst> fittings);
+
+// Circuit templates and combined products have an encoder for each use: a created row goes out bare, an edited one
+// wrapped. A null template is reported, and its row is a JSON null; so is each row of a category that is not among the
+// four of combined products.
+
+web::json::value GetCreatedCircuitTemplateListJasonValue(std::vector<const ITolmProjectSettingCircuitTemplate*> list);
+web::json::value GetEditedCircuitTemplateListJasonValue(std::vector<const ITolmProjectSettingCircuitTemplate*> list);
+web::json::value GetCreatedCombinationListJasonValue(wstring categoryCode, std::vector<TolmCombinedProduct> list);
+web::json::value GetEditedCombinationListJasonValue(wstring categoryCode, std::vector<TolmCombinedProduct> list);
 
 } // namespace tolm

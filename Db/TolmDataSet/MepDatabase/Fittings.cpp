@@ -80,9 +80,7 @@ PackableFittings FittingsOf(const IProjectSettingConnectionSerie& serie) {
 }
 
 wstring ListFault(const PackableFittings& fittings) {
-    if (fittings.entries.size() <= kPackedListCapacity)
-        return {};
-    return L"FittingList 超过300条: " + std::to_wstring(fittings.entries.size());
+    return PackedListFault(L"FittingList", fittings.entries.size());
 }
 
 std::vector<PackedFitting> ReadFittings(CQbase& qb) {

@@ -22,6 +22,8 @@ class IProjectSettingMEPMaterialSerieGroup;
 class IProjectSettingMaterial;
 class IProjectSettingSizeModule;
 class IProjectSettingSystemType;
+class ITolmProjectSettingCircuitTemplate;
+struct TolmCombinedProduct;
 
 /// Names of the service's tables.
 namespace CloudTables {
@@ -97,6 +99,16 @@ public:
     void AddRemovedDataIds(web::json::value& target, wstring projectId, std::vector<wstring> ids, wstring tableName);
     void AddRemovedConfigTreeIds(web::json::value& target, int& index, wstring projectId, std::vector<wstring> ids,
                                  wstring tableName);
+
+    // --- circuit templates and combined products (MepProjectSettingHttpUtility.Combinations.cpp): one request each.
+    // The working project takes combined products; a session without one refuses them in silence.
+    using CircuitTemplateList = std::vector<const ITolmProjectSettingCircuitTemplate*>;
+
+    bool SendCreatedCircuitTemplateList(wstring projectId, CircuitTemplateList list);
+    bool SendEditedCircuitTemplateList(wstring projectId, CircuitTemplateList list);
+    bool SendCreatedCombinationList(wstring categoryCode, std::vector<TolmCombinedProduct> list);
+    bool SendEditedCombinationList(wstring categoryCode, std::vector<TolmCombinedProduct> list);
+    bool SendRemovedCombinationList(wstring categoryCode, std::vector<wstring> ids);
 
     const wstring& UserId() const { return m_userId; }
 

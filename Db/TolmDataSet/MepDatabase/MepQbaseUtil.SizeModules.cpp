@@ -15,10 +15,7 @@ namespace {
 /// What is wrong with a module whose list is too long to be stored; empty for all others.
 wstring ListFault(const IProjectSettingSizeModule& module) {
     const SizeModuleKind* kind = SizeModuleKindOf(module.GetMEPType());
-    const std::size_t length = kind != nullptr ? kind->listLength(module) : 0;
-    if (length <= kPackedListCapacity)
-        return {};
-    return kind->listName + (L" 超过300条: " + std::to_wstring(length));
+    return kind != nullptr ? PackedListFault(kind->listName, kind->listLength(module)) : wstring();
 }
 
 /// Stores the material of the current module, which is the current record again afterwards.

@@ -21,12 +21,16 @@ namespace tolm {
 
 struct CallSite;
 class ComponentCache;
+class DataSetBalancingMethod;
+class DataSetInsulationSerie;
+class DataSetSizingMethod;
 class IProjectSettingConnectionSerie;
 class IProjectSettingMEPMaterialSerie;
 class IProjectSettingMEPMaterialSerieGroup;
 class IProjectSettingMaterial;
 class IProjectSettingSizeModule;
 class IProjectSettingSystemType;
+class ITolmProjectSettingCircuitTemplate;
 class MaterialCache;
 class StoreFrame;
 struct SharedReads;
@@ -138,6 +142,35 @@ public:
     /// both.
     bool read_system_type_att(CQbase* qb, wstring componentFilePath,
                               vorn::OwnerPtr<IProjectSettingSystemType>& retSystemType);
+
+    // --- circuit templates (MepQbaseUtil.CircuitTemplates.cpp): not tracked, but sent to the cloud at once
+    // ------------
+    bool ReadCircuitTemplateList(wstring filePath, wstring ddqFilePath,
+                                 std::vector<vorn::OwnerPtr<ITolmProjectSettingCircuitTemplate>>& list);
+    /// Reads the names of the system type, the wires and the conduits that the template refers to as well.
+    bool read_circuit_template_att(CQbase* qb, vorn::OwnerPtr<ITolmProjectSettingCircuitTemplate>& retTemplate);
+    /// Gives a template without an id its new one. True when the store has the templates, whatever the cloud says; a
+    /// success of the cloud is told to the user.
+    bool WriteCircuitTemplateList(wstring filePath, wstring ddqFilePath,
+                                  std::vector<const ITolmProjectSettingCircuitTemplate*> circuitTemplateList);
+    /// The same for a deletion. At a null entry it stops: what stands before it is deleted, and nothing is sent.
+    bool DeleteCircuitTemplateList(wstring filePath, wstring ddqFilePath,
+                                   std::vector<const ITolmProjectSettingCircuitTemplate*> circuitTemplateList);
+
+    // --- design methods (MepQbaseUtil.Methods.cpp): local alone; a read replaces the list
+    // -----------------------------
+    bool readBalancingMethodList(wstring filePath, wstring ddqFilePath, MEPDisciplineId disciplineId,
+                                 std::vector<DataSetBalancingMethod>& list);
+    bool addBalancingMethod(wstring filePath, wstring ddqFilePath, const DataSetBalancingMethod& method);
+    bool deleteBalancingMethodList(wstring filePath, wstring ddqFilePath, std::vector<DataSetBalancingMethod> list);
+    bool readInsulationSerieList(wstring filePath, wstring ddqFilePath, MEPDisciplineId disciplineId,
+                                 TolmInsulationSerieType insulationType, std::vector<DataSetInsulationSerie>& list);
+    bool addInsulationSerie(wstring filePath, wstring ddqFilePath, const DataSetInsulationSerie& serie);
+    bool deleteInsulationSerieList(wstring filePath, wstring ddqFilePath, std::vector<DataSetInsulationSerie> list);
+    bool readSizingMethodList(wstring filePath, wstring ddqFilePath, TolmSizingMethodType methodType,
+                              std::vector<DataSetSizingMethod>& list);
+    bool addSizingMethod(wstring filePath, wstring ddqFilePath, const DataSetSizingMethod& method);
+    bool deleteSizingMethodList(wstring filePath, wstring ddqFilePath, std::vector<DataSetSizingMethod> list);
 
     // --- change tracking (MepQbaseUtil.Tracking.cpp) ----------------------------------------------------------------
     bool GetLocalChangedIdList(CQbase* qbStatus, int mepType, int disciplineId, const char* classCode,

@@ -141,6 +141,12 @@ template <class Fields, class Entry> constexpr PackedLayout<Entry> Layout(std::s
 
 } // namespace
 
+std::wstring PackedListFault(const wchar_t* name, std::size_t length) {
+    if (length <= kPackedListCapacity)
+        return {};
+    return name + (L" 超过300条: " + std::to_wstring(length));
+}
+
 constinit const PackedLayout<ProjectSettingPipeSize> kPipeSizeLayout =
     Layout<PipeSizeFields, ProjectSettingPipeSize>(schema::kPipeSizeEntrySize);
 constinit const PackedLayout<ProjectSettingDuctSize> kDuctSizeLayout =

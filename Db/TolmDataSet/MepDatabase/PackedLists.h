@@ -42,6 +42,9 @@ extern const PackedLayout<DataSetInsulationMaxSize> kCircularSizeLayout;      //
 extern const PackedLayout<DataSetInsulationMaxSize> kRectSizeLayout;          ///< 6: all three
 extern const PackedLayout<DataSetDimensionMethodItem> kDimensionMethodLayout; ///< 10: kind, two values
 
+/// What is wrong with a list of this name that is too long to be stored; empty for all others.
+std::wstring PackedListFault(const wchar_t* name, std::size_t length);
+
 /// The list's bytes. Throws std::length_error for a list over the capacity.
 template <class Entry> std::vector<char> Pack(const PackedLayout<Entry>& layout, const std::vector<Entry>& list) {
     if (list.size() > kPackedListCapacity)

@@ -14,6 +14,10 @@ using ConnectionSerie = IProjectSettingConnectionSerie;
 using MaterialSerie = IProjectSettingMEPMaterialSerie;
 using SerieGroup = IProjectSettingMEPMaterialSerieGroup;
 using SystemType = IProjectSettingSystemType;
+using Template = ITolmProjectSettingCircuitTemplate;
+using Balancing = DataSetBalancingMethod;
+using Insulation = DataSetInsulationSerie;
+using Sizing = DataSetSizingMethod;
 
 constexpr Attribute<Material> kMaterial[] = {
     attribute::Text<&Material::GetName, &Material::SetName>(schema::kName),
@@ -138,6 +142,93 @@ constexpr Attribute<SystemType> kSystemType[] = {
     attribute::Short<&SystemType::GetMEPType, &SystemType::SetMEPType>(schema::kMEPType),
 };
 
+/// A text of one of the positions of the switches, from 0.
+template <auto Getter, auto Setter, int Position> constexpr Attribute<Template> SwitchText(short id) {
+    return {id,
+            [](CQbase& qb, short at, const Template& record) { qb.setWsz(at, (record.*Getter)(Position).c_str(), -1); },
+            [](CQbase& qb, short at, Template& record) {
+                CWsz text;
+                if (qb.getWsz(at, text, 1))
+                    (record.*Setter)(Position, text.str());
+                return true;
+            }};
+}
+
+template <int Position> constexpr Attribute<Template> SwitchId(short id) {
+    return SwitchText<&Template::GetSwitchComponentId, &Template::SetSwitchComponentId, Position>(id);
+}
+
+template <int Position> constexpr Attribute<Template> SwitchType(short id) {
+    return SwitchText<&Template::GetSwitchComponentTypeName, &Template::SetSwitchComponentTypeName, Position>(id);
+}
+
+constexpr Attribute<Template> kCircuitTemplate[] = {
+    attribute::Short<&Template::GetSystemClassification, &Template::SetSystemClassification>(
+        schema::kSystemClassification),
+    attribute::Text<&Template::GetSystemTypeId, &Template::SetSystemTypeId>(schema::kSystemTypeId),
+    SwitchId<0>(schema::kSwitchComponentId1),
+    SwitchId<1>(schema::kSwitchComponentId2),
+    SwitchId<2>(schema::kSwitchComponentId3),
+    SwitchType<0>(schema::kSwitchComponentType1),
+    SwitchType<1>(schema::kSwitchComponentType2),
+    SwitchType<2>(schema::kSwitchComponentType3),
+    attribute::Short<&Template::GetPhase, &Template::SetPhase>(schema::kPhase),
+    attribute::Text<&Template::GetFireProtectionMaterial, &Template::SetFireProtectionnMaterial>(
+        schema::kProtectionMaterial),
+    attribute::Text<&Template::GetWireTypeId, &Template::SetWireTypeId>(schema::kWireTypeId),
+    attribute::Text<&Template::GetWireSpec, &Template::SetWireSpec>(schema::kWireSpec),
+    attribute::Text<&Template::GetWireCount, &Template::SetWireCount>(schema::kWireCountStr),
+    attribute::Text<&Template::GetConduitTypeId, &Template::SetConduitTypeId>(schema::kConduitTypeId),
+    attribute::Short<&Template::GetConduitSizeDn, &Template::SetConduitSizeDn>(schema::kConduitSizeDN),
+    attribute::Short<&Template::GetIsApply, &Template::SetIsApply>(schema::kIsApply),
+    attribute::Text<&Template::GetLayingMode, &Template::SetLayingMode>(schema::kLayingMode),
+};
+
+constexpr Attribute<Balancing> kBalancingMethod[] = {
+    attribute::Text<&Balancing::GetName, &Balancing::SetName>(schema::kName),
+    attribute::Text<&Balancing::GetDesc, &Balancing::SetDesc>(schema::kDescription),
+    attribute::Flag<&Balancing::GetIsWarningNearRoot, &Balancing::SetIsWarningNearRoot>(schema::kIsWarningNearRoot),
+    attribute::Float<&Balancing::GetDev1DpMin, &Balancing::SetDev1Min>(schema::kDev1DpMin),
+    attribute::Float<&Balancing::GetDev1DpMax, &Balancing::SetDev1Max>(schema::kDev1DpMax),
+    attribute::Float<&Balancing::GetDev2DpMin, &Balancing::SetDev2Min>(schema::kDev2DpMin),
+    attribute::Float<&Balancing::GetDev2DpMax, &Balancing::SetDev2Max>(schema::kDev2DpMax),
+    attribute::Short<&Balancing::GetThrottlingLimit1Min, &Balancing::SetThrottlingLimit1Min>(
+        schema::kThrottlingLimit1Min),
+    attribute::Short<&Balancing::GetThrottlingLimit1Max, &Balancing::SetThrottlingLimit1Max>(
+        schema::kThrottlingLimit1Max),
+    attribute::Short<&Balancing::GetThrottlingLimit2Min, &Balancing::SetThrottlingLimit2Min>(
+        schema::kThrottlingLimit2Min),
+    attribute::Short<&Balancing::GetThrottlingLimit2Max, &Balancing::SetThrottlingLimit2Max>(
+        schema::kThrottlingLimit2Max),
+};
+
+// Every stored series would read otherwise if its rectangular sizes came back as such: they stay among the circular.
+constexpr Attribute<Insulation> kInsulationSerie[] = {
+    attribute::Text<&Insulation::GetCode, &Insulation::SetCode>(schema::kCode),
+    attribute::Text<&Insulation::GetDescription, &Insulation::SetDescription>(schema::kName),
+    attribute::WriteOnly(
+        attribute::Short<&Insulation::GetInsulationType, &Insulation::SetInsulationType>(schema::kInsulationType)),
+    attribute::WriteOnly(
+        attribute::Short<&Insulation::GetDisciplineId, &Insulation::SetDisciplineType>(schema::kDisciplineId)),
+    attribute::ReadOnly(attribute::Float<&Insulation::GetThermalConductivity, &Insulation::SetThermalConductivity>(
+        schema::kThermalConductivity)),
+    attribute::List<kCircularSizeLayout, &Insulation::GetCircularMaxSizes, &Insulation::AddCircularSize>(
+        schema::kCircularMaxSizes),
+    attribute::List<kRectSizeLayout, &Insulation::GetRectMaxSizes, &Insulation::AddCircularSize>(schema::kRectMaxSizes),
+};
+
+constexpr Attribute<Sizing> kSizingMethod[] = {
+    attribute::Text<&Sizing::GetCode, &Sizing::SetCode>(schema::kCode),
+    attribute::Text<&Sizing::GetDesc, &Sizing::SetDesc>(schema::kName),
+    attribute::Short<&Sizing::GetKeepConnectTerminalSize, &Sizing::SetKeepConnectTerminalSize>(
+        schema::kKeepConnectTerminalSize),
+    attribute::Short<&Sizing::GetMethodType, &Sizing::SetMethodType>(schema::kMethodType),
+    attribute::Short<&Sizing::GetUseStaticRegain, &Sizing::SetUseStaticRegain>(schema::kUseStaticRegain),
+    attribute::Float<&Sizing::GetMinWPerHRatio, &Sizing::SetMinWPerHRatio>(schema::kMinWPerHRatio),
+    attribute::List<kDimensionMethodLayout, &Sizing::GetDimensionMethods, &Sizing::AddDimensionMethod>(
+        schema::kDimensionMethods),
+};
+
 } // namespace
 
 AttributeTable<IProjectSettingMaterial> MaterialAttributes() {
@@ -176,6 +267,22 @@ AttributeTable<IProjectSettingMEPMaterialSerieGroup> NestedMaterialSerieGroupAtt
 
 AttributeTable<IProjectSettingSystemType> SystemTypeAttributes() {
     return kSystemType;
+}
+
+AttributeTable<ITolmProjectSettingCircuitTemplate> CircuitTemplateAttributes() {
+    return kCircuitTemplate;
+}
+
+AttributeTable<DataSetBalancingMethod> BalancingMethodAttributes() {
+    return kBalancingMethod;
+}
+
+AttributeTable<DataSetInsulationSerie> InsulationSerieAttributes() {
+    return kInsulationSerie;
+}
+
+AttributeTable<DataSetSizingMethod> SizingMethodAttributes() {
+    return kSizingMethod;
 }
 
 } // namespace tolm

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "MepDatabase/AttributeTable.h"
+#include "TolmDataSet/DataSetMethods.h"
 #include "TolmDataSet/IProjectSettingMEPMaterialSerie.h"
 #include "TolmDataSet/IProjectSettingMaterial.h"
 #include "TolmDataSet/IProjectSettingSizeModule.h"
 #include "TolmDataSet/IProjectSettingSystemType.h"
+#include "TolmDataSet/ITolmProjectSettingCircuitTemplate.h"
 
 #include <cstddef>
 
@@ -40,5 +42,14 @@ AttributeTable<IProjectSettingMEPMaterialSerieGroup> MaterialSerieGroupAttribute
 AttributeTable<IProjectSettingMEPMaterialSerieGroup> NestedMaterialSerieGroupAttributes();
 /// What a system type keeps beside its references.
 AttributeTable<IProjectSettingSystemType> SystemTypeAttributes();
+/// What a circuit template keeps; the names of what it refers to are not among it.
+AttributeTable<ITolmProjectSettingCircuitTemplate> CircuitTemplateAttributes();
+/// All that a balancing method keeps. Its discipline is not written: a list is filtered by it all the same.
+AttributeTable<DataSetBalancingMethod> BalancingMethodAttributes();
+/// What an insulation series keeps. Type and discipline are only written, since a list is read by them; the thermal
+/// conductivity is only read. The rectangular sizes come back behind the circular ones, in their list.
+AttributeTable<DataSetInsulationSerie> InsulationSerieAttributes();
+/// All that a sizing method keeps.
+AttributeTable<DataSetSizingMethod> SizingMethodAttributes();
 
 } // namespace tolm

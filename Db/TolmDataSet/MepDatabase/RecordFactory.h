@@ -34,4 +34,8 @@ inline vorn::OwnerPtr<IProjectSettingSystemType> MakeSystemType() {
     return MakeRecord(&ITolmDataSetFactory::CreateSystemType);
 }
 
+inline vorn::OwnerPtr<ITolmProjectSettingCircuitTemplate> MakeCircuitTemplate() {
+    return MakeRecord(&ITolmDataSetFactory::CreateCircuitTemplate);
+}
+
 } // namespace tolm
