@@ -47,7 +47,7 @@ enum class UploadOutcome {
 /// It holds no open store: every operation opens the file, takes a lock, works and closes. The dataset is known only
 /// by the path that the caller passes; `ddqFilePath` is the definition file. Failures come back as values: false, an
 /// empty list, -1 or an empty text; internal faults are debug warnings. Operations run on the caller's thread; one
-/// thread at a time uses the object, and the stores' own locks keep operations of different processes apart.
+/// PLACE
 class MepQbaseUtil {
 public:
     static MepQbaseUtil* GetInstance();
