@@ -46,8 +46,8 @@ enum class UploadOutcome {
 ///
 /// It holds no open store: every operation opens the file, takes a lock, works and closes. The dataset is known only
 /// by the path that the caller passes; `ddqFilePath` is the definition file. Failures come back as values: false, an
-/// empty list, -1 or an empty text; internal faults are debug warnings. Operations run on the caller's thread; one
-/// PLACE
+/// empty list, -1 or an empty text; internal faults are debug warnings. Operations run on the caller's thread, those
+/// with the cloud on one at a time; reads and edits on any, and in any process, which the stores' own locks keep apart.
 class MepQbaseUtil {
 public:
     static MepQbaseUtil* GetInstance();
