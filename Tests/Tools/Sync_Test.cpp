@@ -128,6 +128,17 @@ TEST_F(TwoUsers, ACloudBehindTheDatasetIsAClearErrorAndNothingIsLost) {
     EXPECT_EQ(m_service.Version("tower"), 1);
 }
 
+/// Another program synchronised the dataset between the two halves of a comparison.
+TEST_F(TwoUsers, ACloudThatSeemsBehindForAMomentIsAskedAgain) {
+    Expect(Anna("edit", {"material", "m2", "--name", "Red brass"}));
+    Expect(Anna("sync"));
+    m_wire.Answer("/api/GetVersion/", 200, R"({"code":"10000","data":1})");
+    const auto run = Anna("sync");
+    EXPECT_EQ(run.code, Done) << run.err;
+    EXPECT_TRUE(Contains(run.out, "the cloud moved on during the comparison")) << run.out;
+    EXPECT_EQ(VersionOf(m_anna), 2);
+}
+
 TEST_F(TwoUsers, DiscardPutsACloudThatIsBehindInPlaceOfTheDatasetAndKeepsThatBesideIt) {
     Expect(Anna("edit", {"material", "m2", "--name", "Red brass"}));
     SetLocalVersion(m_anna, 9);
