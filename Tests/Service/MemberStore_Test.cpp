@@ -9,12 +9,13 @@ using Users = std::vector<std::string>;
 
 class Members : public testing::Test {
 protected:
-    Members() : members(m_store.Db()) { m_store.Fill("p", json::object()); }
-
-    service::MemberStore members;
+    Members() { m_store.Fill("p", json::object()); }
 
 private:
     StoreOnly m_store;
+
+protected:
+    service::MemberStore members{m_store.Db()};
 };
 
 TEST_F(Members, AProjectIsForEveryUserUntilItIsGranted) {
