@@ -81,7 +81,8 @@ TEST_F(Tricks, InHeadersLetNobodyIn) {
             SendRequest(Service().Port(), {"POST", "/api/GetVersion/p", UserHeaders(user, Token()), ""});
         EXPECT_EQ(answer.status, user == "anna " ? 200 : 401) << user << ": blanks around a header are none of it";
     }
-    for (const auto& token : {std::string("' OR '1'='1"), std::string(), std::string("null"), Token() + "x", Token().substr(1)}) {
+    for (const auto& token :
+         {std::string("' OR '1'='1"), std::string(), std::string("null"), Token() + "x", Token().substr(1)}) {
         const auto answer =
             SendRequest(Service().Port(), {"POST", "/api/GetVersion/p", UserHeaders("anna", token), ""});
         EXPECT_EQ(answer.status, 401) << token;
