@@ -42,7 +42,7 @@ public:
 class Worker {
 public:
     Worker(const std::wstring& path, const std::string& name, long first, std::uint64_t seed)
-        : m_path(path), m_name(name), m_next(first), m_engine(seed),
+        : m_path(path), m_name(name), m_next(first), m_engine(seed), m_syncShare(seed % 3 == 0 ? 20 : 85),
           m_dataset(tolm::ITolmDataSetFactory::Get()->CreateDataset(path, path + L".components", path + L".combined",
                                                                     path + L".files")) {}
 
@@ -64,13 +64,13 @@ private:
     std::uint64_t Below(std::uint64_t bound) { return m_engine() % bound; }
 
     void Step() {
+        if (Below(100) < m_syncShare)
+            return void(Sync());
         const auto chance = Below(100);
-        if (chance < 25)
-            Sync();
-        else if (chance < 55 && !IsOutside())
+        if (chance < 40 && !IsOutside())
             Put(L"w" + StringUtil::ToWString(m_name) + L"-" + std::to_wstring(m_next));
         else
-            EditAnother(chance > 92 && !IsOutside());
+            EditAnother(chance > 90 && !IsOutside());
     }
 
     /// Of its own, or anybody's.
@@ -146,12 +146,13 @@ private:
     }
 
     /// Another process may have sent the changes, and others may have followed: a version is stamped only where
-    /// nobody else can have come in between.
+    /// nobody else can have come in between, and only over the one that was compared.
     bool Send(const std::wstring& project, int before) {
         if (!m_dataset->SendModifiedDataToCloud(false, nullptr))
             return false;
-        const int version = m_dataset->GetCloudVersion(project);
-        return version >= 1 && version <= before + 1 && m_dataset->SetLocalVersion(version);
+        int version = m_dataset->GetCloudVersion(project);
+        return version >= 1 && version <= before + 1 &&
+               tolm::MepQbaseUtil::GetInstance()->ReplaceLocalVersion(m_path, Definition(), before, version);
     }
 
     static std::wstring Definition() { return tolm::DataSetFilePath::TOLMDDQFilePath; }
@@ -160,6 +161,7 @@ private:
     std::string m_name;
     long m_next;
     std::mt19937_64 m_engine;
+    std::uint64_t m_syncShare; ///< percentage of the steps: some mostly edit, others mostly synchronise
     vorn::OwnerPtr<tolm::ITolmDataset> m_dataset;
 };
 

@@ -91,6 +91,8 @@ StepResult StampVersion(Workplace& place, const Comparison& comparison, const ch
     const int version = place.Dataset().GetCloudVersion(comparison.project);
     if (comparison.cloud >= 1 && version > comparison.cloud + 1)
         return {false, "", "another program sent the changes, and the cloud moved on"};
+    if (TakeSnapshot(place.Path()).version > comparison.local)
+        return {false, "", "another program synchronised the dataset meanwhile"};
     if (version < 1 || !place.Dataset().SetLocalVersion(version))
         return AfterFailure(place, nullptr, "the changes were sent, but the new version could not be noted");
     return {true, word, ""};
