@@ -36,15 +36,18 @@ public:
     bool Send(const std::string& bytes) const {
         return send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
     }
-    /// True when the other side has let go, or does so within the time.
+    /// True when the other side has let go, or does so within the time; what it says before that is dropped.
     bool IsLetGoWithin(std::chrono::milliseconds time) const {
+        const auto end = Clock::now() + time;
         pollfd watched{m_socket, POLLIN, 0};
-        if (poll(&watched, 1, static_cast<int>(time.count())) <= 0)
-            return false;
-        char byte = 0;
-        while (recv(m_socket, &byte, 1, MSG_DONTWAIT) > 0) {
+        for (auto left = time; left.count() > 0 && poll(&watched, 1, static_cast<int>(left.count())) > 0;
+             left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now())) {
+            char bytes[4096];
+            const auto count = recv(m_socket, bytes, sizeof(bytes), MSG_DONTWAIT);
+            if (count == 0 || (count < 0 && errno == ECONNRESET))
+                return true;
         }
-        return recv(m_socket, &byte, 1, MSG_DONTWAIT) == 0 || errno == ECONNRESET;
+        return false;
     }
     /// Sends a byte now and then until the other side lets go.
     bool DripsUntilItIsLetGo(const std::string& byte) const {
