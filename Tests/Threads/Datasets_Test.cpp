@@ -27,6 +27,7 @@ public:
           m_mark(std::move(mark)) {}
 
     void Work() {
+        Look();
         for (int round = 0; round < kRounds; ++round) {
             const auto id = m_mark + std::to_wstring(round);
             AddMaterial(id);
@@ -67,31 +68,32 @@ private:
     void AddMaterial(const std::wstring& id) {
         auto material = ITolmDataSetFactory::Get()->CreateMaterial();
         Name(*material, id);
-        EditTable(m_dataset->GetMaterialData(TableId::HVACPipeMaterials))->AddMaterial(std::move(material));
+        EditTable(m_dataset->GetMaterialData())->AddMaterial(std::move(material));
     }
     void DeleteMaterial(const std::wstring& id) {
         const auto material = ITolmDataSetFactory::Get()->CreateMaterial();
         Name(*material, id);
-        EditTable(m_dataset->GetMaterialData(TableId::HVACPipeMaterials))->DeleteMaterialList({material.get()});
+        EditTable(m_dataset->GetMaterialData())->DeleteMaterialList({material.get()});
     }
     void AddSizes(const std::wstring& id) {
         auto sizes = ITolmDataSetFactory::Get()->CreateSizeModule();
         Name(*sizes, id + L" sizes");
         sizes->AddPipeSize({15.8F, 21.3F, 15.0F, 2.75F});
-        EditTable(m_dataset->GetSizeModuleData(TableId::HVACPipeSizes))->AddSizeModule(std::move(sizes));
+        EditTable(m_dataset->GetSizeModuleData())->AddSizeModule(std::move(sizes));
     }
     void AddSerie(const std::wstring& id) {
         auto serie = ITolmDataSetFactory::Get()->CreateMEPMaterialSerie();
         Name(*serie, id + L" serie");
-        EditTable(m_dataset->GetMEPMaterialSerieData(TableId::HVACPipeSeries))->AddSerie(std::move(serie));
+        EditTable(m_dataset->GetMEPMaterialSerieData())->AddSerie(std::move(serie));
     }
     void AddSystem(const std::wstring& id) {
         auto system = ITolmDataSetFactory::Get()->CreateSystemType();
         Name(*system, id + L" system");
-        EditTable(m_dataset->GetSystemTypeData(TableId::HVACPipeSystemTypes))->AddSystemType(std::move(system));
+        EditTable(m_dataset->GetSystemTypeData())->AddSystemType(std::move(system));
     }
     void Look() {
-        m_dataset->CollectData(false, {TableId::HVACPipeSystemTypes, TableId::HVACPipeSeries, TableId::HVACPipeSizes});
+        m_dataset->CollectData(false, {TableId::HVACPipeSystemTypes, TableId::HVACPipeSeries, TableId::HVACPipeSizes,
+                                       TableId::HVACPipeMaterials});
         m_dataset->GetAvailableMaterialList(Type::Pipe, MEPDisciplineId::HVAC);
         m_dataset->GetAvailableMEPMaterialSerieList(Type::Pipe, MEPDisciplineId::HVAC);
     }
