@@ -6,12 +6,9 @@
 #include "Support/FileSizeLimit.h"
 
 #include <fstream>
-
-using
-
 #include <thread>
 
-    namespace tolmtest;
+using namespace tolmtest;
 using nlohmann::json;
 namespace schema = tolm::schema;
 

@@ -85,7 +85,7 @@ TEST_P(PowerCuts, LeaveTheOldOrTheNew) {
     m_before = DatasetFacts(path);
     ASSERT_EQ(Run(GetParam().name, 0, "kept", 0), 0);
     const long changes = m_changes;
-    ASSERT_GT(changes, 3);
+    ASSERT_GT(changes, 0);
     m_after = DatasetFacts(path);
     PlayStages(start);
     for (long change = 1; change <= changes && !HasFailure(); change += Stride()) {
