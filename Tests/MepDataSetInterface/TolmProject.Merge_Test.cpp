@@ -221,6 +221,30 @@ TEST_F(MergeLoop, IsToldOfAVersionThatIsNotOnDisk) {
     EXPECT_EQ(dataset->CompareCloudVersion(projectId, cloud, local, timePoint), CompareVersionResult::CloudAhead);
 }
 
+// --- beside other processes -----------------------------------------------------------------------------------------
+
+TEST_F(MergeLoop, StampsWhatItMergedWhereAnotherProcessSentTheChanges) {
+    reporter.onReport = [this](double percentage) {
+        if (percentage == 80)
+            CQbase::removeStore(statusPath);
+    };
+    Answer({Brings("theirs"), VersionIs(5)});
+    EXPECT_TRUE(Merge());
+    EXPECT_EQ(server.Paths(), (Texts{kDownload3, kVersion})) << "a version that is told now may have more";
+    ExpectVersions(5, 5, 5);
+}
+
+TEST_F(MergeLoop, LeavesTheVersionThatAnotherProcessStamped) {
+    reporter.onReport = [this](double percentage) {
+        if (percentage == 80) {
+            ASSERT_TRUE(util.SetLocalVersion(path, ddq, 4));
+        }
+    };
+    Answer({Brings("theirs"), VersionIs(5), TakenAs(6), VersionIs(6)});
+    EXPECT_TRUE(Merge());
+    ExpectVersions(6, 4, 4);
+}
+
 // --- the upload alone ------------------------------------------------------------------------------------------------
 
 TEST_F(MergeLoop, AnUploadAloneSendsThePatchAndNotesTheTimeWithItsFlag) {

@@ -6,8 +6,11 @@
 #include "Support/Canary.h"
 #include "Vorn/Text.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <stdexcept>
 #include <thread>
 
@@ -19,6 +22,15 @@ namespace {
 
 /// Few rounds of the key derivation: tests sign in often.
 constexpr int kRounds = 10;
+
+void Run(const std::wstring& path, const std::string& sql) {
+    sqlite3* database = nullptr;
+    const bool done = sqlite3_open(vorn::StringUtil::ToString(path).c_str(), &database) == SQLITE_OK &&
+                      sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(database);
+    if (!done)
+        throw std::runtime_error("the database does not do " + sql);
+}
 
 } // namespace
 
@@ -45,6 +57,19 @@ ServiceFixture::~ServiceFixture() = default;
 void ServiceFixture::Restart() {
     m_running.reset();
     m_running = std::make_unique<Running>(vorn::StringUtil::ToString(m_folder.File(L"service.db")), m_seconds);
+}
+
+void ServiceFixture::BackUp(const std::wstring& path) {
+    Run(DatabasePath(), "VACUUM INTO '" + vorn::StringUtil::ToString(path) + "'");
+}
+
+void ServiceFixture::SetBackTo(const std::wstring& path) {
+    m_running.reset();
+    const auto database = vorn::StringUtil::ToString(DatabasePath());
+    for (const char* const beside : {"", "-wal", "-shm"})
+        std::filesystem::remove(database + beside);
+    std::filesystem::copy_file(vorn::StringUtil::ToString(path), database);
+    Restart();
 }
 
 service::Service& ServiceFixture::Service() {

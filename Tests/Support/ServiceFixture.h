@@ -51,6 +51,10 @@ public:
     void PassSeconds(long long seconds);
     /// Ends the service and starts it again over the same database, on another port.
     void Restart();
+    /// Writes a copy of the database, as an operator keeps one.
+    void BackUp(const std::wstring& path);
+    /// Ends the service, puts a copy of the database in place, and starts it again.
+    void SetBackTo(const std::wstring& path);
 
     tolm::service::Service& Service();
 

@@ -111,9 +111,14 @@ StepResult AfterFailure(Workplace& place, const std::string& what) {
     return AfterFailure(place, RefusalIn(place.Heard().TakeMessages()), what);
 }
 
-/// The service tells whoever sent changes first of the version that these made.
-StepResult StampVersion(Workplace& place, const std::wstring& project, const char* word) {
-    const int version = place.Dataset().GetCloudVersion(project);
+/// The service tells whoever sent changes first of the version that these made. A higher one is told where another
+/// program sent this dataset's changes and others followed: of those nothing is here.
+StepResult StampVersion(Workplace& place, const Comparison& comparison, const char* word) {
+    const int version = place.Dataset().GetCloudVersion(comparison.project);
+    if (comparison.cloud >= 1 && version > comparison.cloud + 1)
+        return {false, "", "another program sent the changes, and the cloud moved on"};
+    if (TakeSnapshot(place.Path()).version > comparison.local)
+        return {false, "", "another program synchronised the dataset meanwhile"};
     if (version < 1 || !place.Dataset().SetLocalVersion(version))
         return AfterFailure(place, nullptr, "the changes were sent, but the new version could not be noted");
     return {true, word, ""};
@@ -157,7 +162,7 @@ StepResult Push(Workplace& place, const Comparison& comparison) {
     if (!place.Dataset().SendModifiedDataToCloud(true, &progress))
         return AfterFailure(place, "nothing was sent");
     progress.ReportProgress(100.0);
-    return StampVersion(place, comparison.project, "pushed");
+    return StampVersion(place, comparison, "pushed");
 }
 
 StepResult Merge(Workplace& place, const Comparison& comparison) {

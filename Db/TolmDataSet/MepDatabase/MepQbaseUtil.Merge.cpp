@@ -1,5 +1,6 @@
 #include "MepDatabase/MepQbaseUtil.h"
 #include "MepDatabase/CallSite.h"
+#include "MepDatabase/FileHeader.h"
 #include "MepDatabase/JsonRead.h"
 #include "MepDatabase/MepProjectSettingHttpUtility.h"
 #include "MepDatabase/MergeFiles.h"
@@ -152,6 +153,13 @@ public:
         return (*m_status)->getNmbOfRecs(records) && records > 0;
     }
 
+    /// True when another process has brought the dataset beyond the version since that was asked for: what it brought
+    /// would be taken for news, and win over local changes that were made on it.
+    bool IsBeyond(int version) {
+        long header = 0;
+        return FetchHeader(**m_data) && (*m_data)->getLong(schema::kLocalVersion, header) && header > version;
+    }
+
     /// Lets go of the copies and removes them.
     void GiveUp() {
         m_status.reset();
@@ -253,6 +261,11 @@ bool MepQbaseUtil::MergeCloudAndLocalDataset(wstring projectId, vorn::IProgressR
         return EndWithoutMerge(dataset, pendingUpload);
     case MergedDataset::Opened::Both:
         break;
+    }
+    if (dataset.IsBeyond(localVersion)) {
+        VORN_DEBUG_WARN(L"localVersion 已过期");
+        dataset.GiveUp();
+        return false;
     }
     if (!dataset.HasLocalChanges())
         return EndWithoutMerge(dataset, pendingUpload);
