@@ -89,8 +89,8 @@ struct Ledger {
 bool IsOfGivingWay(const std::string& warning) {
     for (const char* known :
          {"mergeSucc 失败", "bSucc 失败", "getCloudDataSucc 为false", "ducplicateFilesSucc为false", "覆盖文件失败",
-          "复制文件失败 exception", "删除文件失败 exception", "本地修改的此条目没找到: ", "localVersion 已过期", "openDatabase 失败",
-          "beginTransaction 失败", "createRec 失败", "closeDatabase 失败"}) {
+          "复制文件失败 exception", "删除文件失败 exception", "本地修改的此条目没找到: ", "localVersion 已过期",
+          "openDatabase 失败", "beginTransaction 失败", "createRec 失败", "closeDatabase 失败"}) {
         if (warning.find(known) != std::string::npos)
             return true;
     }
