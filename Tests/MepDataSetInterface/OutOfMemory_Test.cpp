@@ -26,6 +26,10 @@ bool FailsNow(std::size_t size) {
     return memory;
 }
 
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return FailsNow(size) ? nullptr : std::malloc(size != 0 ? size : 1);
+}
+
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }

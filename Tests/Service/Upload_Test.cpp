@@ -87,7 +87,8 @@ TEST_F(UploadedPatch, RemovedConfigTreeIdsNeedNoGroup) {
             Node("pipeFittingGroup", "g", "G")}}});
     EXPECT_EQ(Upload(Patch(1, "removeList", {{"ConfigTree", {"m", "z", "t", "g"}}})), 2);
     EXPECT_EQ(Tables(), json::object());
-    for (const auto& row : Increment(1)["del"]["ConfigTree"])
+    const json increment = Increment(1);
+    for (const auto& row : increment.at("del").at("ConfigTree"))
         EXPECT_TRUE(row["groupName"].is_string() && row["parentID"].is_string()) << "the increment tells whole rows";
 }
 

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <mutex>
 #include <utility>
 
@@ -44,8 +45,9 @@ struct Watch {
     }
 };
 
+/// Never taken down: what goes at the end of the process is searched too.
 Watch& TheWatch() {
-    static Watch watch;
+    static auto& watch = *std::make_unique<Watch>().release();
     return watch;
 }
 
