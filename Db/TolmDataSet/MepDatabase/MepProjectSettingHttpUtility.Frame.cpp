@@ -4,6 +4,7 @@
 #include "MepDatabase/CloudFrame.h"
 #include "MepDatabase/WireText.h"
 #include "Vorn/DebugMessage.h"
+#include "Vorn/Text.h"
 
 #include <cpprest/containerstream.h>
 #include <cpprest/http_client.h>
@@ -14,6 +15,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tolm {
@@ -33,9 +35,13 @@ std::string HeaderValue(const wstring& value) {
     return text;
 }
 
+/// Bytes that are taken from the wire at a time; the HTTP library's own measure is too small for large answers.
+constexpr std::size_t kChunk = std::size_t{1} << 20;
+
 http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint) {
     http_client_config config;
     config.set_max_redirects(0);
+    config.set_chunksize(kChunk);
     if (endpoint.timeOut == CloudEndpoint::TimeOut::Configured)
         config.set_timeout(std::chrono::microseconds(std::int64_t{client.GetRequestTimeOut()}));
     return config;
@@ -62,6 +68,32 @@ void SetBody(const web::json::value& body, http_request& request) {
     request.set_body(bytes, text.size(), "text/plain; charset=utf-8");
 }
 
+bool IsPlainJson(const std::string& contentType) {
+    constexpr const wchar_t* plain[] = {L"application/json", L"application/json; charset=utf-8",
+                                        L"application/json;charset=utf-8"};
+    const wstring type = FromWire(contentType);
+    return std::ranges::any_of(plain, [&](const wchar_t* each) { return vorn::StrICmp(type.c_str(), each) == 0; });
+}
+
+/// The whole body, taken without the copies that a task makes of its result.
+std::string WholeBody(const web::http::http_response& response) {
+    response.content_ready().wait();
+    auto buffer = response.body().streambuf();
+    std::string text(buffer.in_avail(), '\0');
+    buffer.getn(reinterpret_cast<unsigned char*>(text.data()), text.size()).wait();
+    return text;
+}
+
+/// The body as the HTTP library takes it for JSON, its check of the content type included. The usual content type is
+/// read in a way that costs less and gives the same.
+web::json::value JsonBody(const web::http::http_response& response) {
+    if (IsPlainJson(response.headers().content_type())) {
+        if (const std::string text = WholeBody(response); !text.empty())
+            return web::json::value::parse(text);
+    }
+    return response.extract_json(false).get();
+}
+
 CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) {
     http_client http = ClientFor(client, call);
     http_request request(call.endpoint.method);
@@ -70,7 +102,7 @@ CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) 
         SetBody(*call.body, request);
     auto response = http.request(request, pplx::cancellation_token::none()).get();
     CloudAnswer answer;
-    answer.body = response.extract_json(false).get();
+    answer.body = JsonBody(response);
     answer.status = response.status_code();
     static_cast<void>(answer.body.as_object());
     return answer;
@@ -96,6 +128,10 @@ const web::json::value& CloudAnswer::Data() const {
     return body.at("data");
 }
 
+web::json::value CloudAnswer::TakeData() {
+    return std::move(body.at("data"));
+}
+
 bool CloudAnswer::IsSuccess() const {
     return status == 200 && Code() == "10000";
 }
@@ -105,7 +141,8 @@ CloudOutcome RunCloudCall(TolmProjectSettingHttpUtility& client, const CloudCall
     if (call.endpoint.address == CloudEndpoint::Address::BaseRequired && call.host.empty())
         return {};
     try {
-        return {read(Issue(client, call)) ? Kind::Success : Kind::Refused, {}};
+        CloudAnswer answer = Issue(client, call);
+        return {read(answer) ? Kind::Success : Kind::Refused, {}};
     } catch (...) {
         return {Kind::Exception, CurrentExceptionText()};
     }
