@@ -1,9 +1,9 @@
 // The benchmarks. Without arguments of its own it is an ordinary Google Benchmark program.
 //
-//   tolm-bench --table [--rounds=N] [--only=TEXT] [--plots=FOLDER] [--tiny]
+//   tolm-bench --table [--rounds=N] [--only=TEXT] [--largest=N] [--plots=FOLDER] [--tiny]
 //
-// runs floors and works in turns and prints the table of ratios. --only takes the works whose names hold the text;
-// --tiny takes sizes that only prove that everything runs.
+// runs floors and works in turns and prints the table of ratios. --only takes the works whose names hold the text,
+// --largest those of at most this size; --tiny takes sizes that only prove that everything runs.
 #include "Bench/Table.h"
 #include "Vorn/DebugMessage.h"
 #include "Vorn/Log.h"
@@ -22,6 +22,7 @@ struct Options {
     bool table = false;
     bool tiny = false;
     int rounds = 7;
+    std::size_t largest = 50'000;
     std::string only;
     std::string plots;
 };
@@ -46,6 +47,8 @@ Options TakeOptions(int& argc, char** argv) {
             options.rounds = std::stoi(*rounds);
         else if (const auto only = ValueOf(argument, "--only="))
             options.only = *only;
+        else if (const auto largest = ValueOf(argument, "--largest="))
+            options.largest = std::stoul(*largest);
         else if (const auto plots = ValueOf(argument, "--plots="))
             options.plots = *plots;
         else
@@ -60,8 +63,9 @@ Measures MeasuresFor(const Options& options) {
     const Sizes sizes{options.tiny};
     for (auto* add : {AddStoreMeasures, AddSeriesMeasures, AddPullMeasures, AddMergeMeasures, AddUploadMeasures})
         add(measures, sizes);
-    std::erase_if(measures,
-                  [&](const Measure& measure) { return measure.work.find(options.only) == std::string::npos; });
+    std::erase_if(measures, [&](const Measure& measure) {
+        return measure.work.find(options.only) == std::string::npos || std::stoul(measure.size) > options.largest;
+    });
     return measures;
 }
 

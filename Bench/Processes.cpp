@@ -49,12 +49,14 @@ struct Arguments {
 
 /// Inserts the rows of one file into another without holding them.
 void CopyRows(const fs::path& source, const fs::path& target) {
+    const auto schema = TextsOf(source.string(), "SELECT sql FROM sqlite_schema WHERE sql NOT NULL");
+    const auto tables = TextsOf(source.string(), "SELECT name FROM sqlite_schema WHERE type='table' AND name NOT "
+                                                 "LIKE 'sqlite%'");
     const auto database = OpenBare(target.string(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     ExecuteBare(database.get(), "ATTACH '" + source.string() + "' AS source;BEGIN EXCLUSIVE");
-    for (const auto& sql : TextsOf(source.string(), "SELECT sql FROM sqlite_schema WHERE sql NOT NULL"))
+    for (const auto& sql : schema)
         ExecuteBare(database.get(), sql);
-    for (const auto& name : TextsOf(source.string(), "SELECT name FROM sqlite_schema WHERE type='table' AND name NOT "
-                                                     "LIKE 'sqlite%'"))
+    for (const auto& name : tables)
         ExecuteBare(database.get(), "INSERT INTO main.\"" + name + "\" SELECT * FROM source.\"" + name + "\"");
     ExecuteBare(database.get(), "COMMIT");
 }

@@ -21,6 +21,8 @@ using std::wstring;
 constexpr int kComponents = 5000;
 constexpr int kFittings = 20;
 constexpr int kSizeTables = 50;
+constexpr int kFirstGeneratedCategory = 16'000'000;
+constexpr int kGeneratedCategories = 1000;
 
 /// A folder with a component database and one store for each number of series asked for.
 class SeriesFiles {
@@ -51,9 +53,18 @@ private:
             component.name = L"Fitting " + std::to_wstring(i);
             components.push_back(component);
         }
-        Require(TolmComponentSqlUtil::Import(Components(), {{L"2", L"给排水", L"Plumbing"}},
-                                             {{L"threaded", L"", L"2", L"丝接", L"Threaded"}}, components),
+        Require(TolmComponentSqlUtil::Import(Components(), {{L"2", L"给排水", L"Plumbing"}}, Categories(), components),
                 "components");
+    }
+
+    /// That of the components, and all that a generated project's fittings name.
+    static std::vector<TolmCategoryData> Categories() {
+        std::vector<TolmCategoryData> categories{{L"threaded", L"", L"2", L"丝接", L"Threaded"}};
+        for (int i = 0; i < kGeneratedCategories; ++i) {
+            const wstring code = std::to_wstring(kFirstGeneratedCategory + 10 * i);
+            categories.push_back({code, L"", L"2", L"Category " + code, L"Category " + code});
+        }
+        return categories;
     }
 
     static void Begin(CQbase& qb, const char* classCode, const wstring& id) {

@@ -67,11 +67,17 @@ public:
         } catch (const std::exception&) { // memory ran out
             m_lastError = QbaseError::Disk;
         }
-        if (m_lastError != QbaseError::None)
+        if (m_lastError != QbaseError::None) {
             m_connection.reset();
+            ForgetCopies();
+        }
         return m_lastError == QbaseError::None;
     }
     short LastError() const { return static_cast<short>(m_lastError); }
+
+    ~Impl() { ForgetCopies(); }
+    /// What stands at the copies' paths from now on is a file like others.
+    void ForgetCopies() noexcept { qbase::WorkingCopyRegistry::Remove(this); }
 
 private:
     struct Store {
@@ -94,6 +100,7 @@ private:
 
 QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second) {
     m_connection.reset();
+    ForgetCopies();
     for (const auto* path : {&first.store, &first.copy, &second.store, &second.copy}) {
         if (!qbase::IsPath(*path))
             return QbaseError::BadArgument;
@@ -148,6 +155,7 @@ bool CQbaseWorkingCopies::Impl::OpenBoth() {
 QbaseError CQbaseWorkingCopies::Impl::CopyBoth() {
     if (m_connection->AnyMoved())
         return QbaseError::NotFound;
+    qbase::WorkingCopyRegistry::Add(this, {m_stores[0].paths.copy, m_stores[1].paths.copy});
     for (auto& store : m_stores) {
         qbase::CopyFile(m_connection->Get(), store.file->schema, store.paths.copy);
         store.version = DataVersion(*m_connection, store.file->schema);
@@ -172,6 +180,7 @@ QbaseError CQbaseWorkingCopies::Impl::PutBack() {
     }
     m_connection->Commit();
     m_connection.reset();
+    ForgetCopies();
     return QbaseError::None;
 }
 
