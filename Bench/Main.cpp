@@ -81,6 +81,7 @@ void Quieten() {
 void PrintAll(const Options& options, const Measures& measures) {
     const auto outcomes = RunInTurns(measures, options.rounds);
     PrintTable(std::cout, outcomes);
+    std::cout.flush();
     if (options.only.empty() || std::string_view("peak memory, loading").find(options.only) != std::string_view::npos)
         PrintProcesses(std::cout, {options.tiny}, options.rounds);
     if (!options.plots.empty())

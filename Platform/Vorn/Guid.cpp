@@ -70,18 +70,18 @@ std::wstring GuidUtils::ToString(const UniIdentity& identity, bool braces, bool 
 
 std::wstring GuidUtils::ToString(const Guid& guid, bool braces, bool upperCase) {
     const wchar_t* const digits = upperCase ? L"0123456789ABCDEF" : L"0123456789abcdef";
-    std::wstring text;
-    text.reserve(38);
-    if (braces)
-        text += L'{';
+    std::wstring text(braces ? 38 : 36, L'-');
+    std::size_t at = braces ? 1 : 0;
     for (std::size_t i = 0; i < guid.bytes.size(); ++i) {
         if (StartsGroup(i))
-            text += L'-';
-        text += digits[guid.bytes[i] >> 4];
-        text += digits[guid.bytes[i] & 0x0F];
+            ++at;
+        text[at++] = digits[guid.bytes[i] >> 4];
+        text[at++] = digits[guid.bytes[i] & 0x0F];
     }
-    if (braces)
-        text += L'}';
+    if (braces) {
+        text.front() = L'{';
+        text.back() = L'}';
+    }
     return text;
 }
 
