@@ -1,6 +1,7 @@
 // A merge against a backup copy of both files and the bare incremental pull of the same body; and many name clashes
 // against fewer of them.
 #include "Bench/BareHttp.h"
+#include "Bench/BarePull.h"
 #include "Bench/GeneratedRows.h"
 #include "Bench/Measure.h"
 #include "Bench/World.h"
@@ -36,8 +37,7 @@ void MergeDataset(const std::string& project, const DatasetFiles& files) {
 }
 
 void MergeFloor(benchmark::State& state, World& world) {
-    const auto store = DifferenceOf(world.Old().Store().string(), world.Current().Store().string());
-    const auto combined = DifferenceOf(world.Old().Combined().string(), world.Current().Combined().string());
+    const BareIncrement increment(world.Old(), world.Current());
     const DatasetFiles& edited = world.Edited();
     const DatasetFiles scratch = world.Scratch("floor");
     while (state.KeepRunning()) {
@@ -47,8 +47,7 @@ void MergeFloor(benchmark::State& state, World& world) {
         DownloadBare(world.Project(), 1);
         BackUpBare(scratch.Store().string(), (scratch.folder / "copy.db").string());
         BackUpBare(scratch.Status().string(), (scratch.folder / "copy_status.db").string());
-        ApplyBareChange(scratch.Store().string(), store);
-        ApplyBareChange(scratch.Combined().string(), combined);
+        increment.ApplyTo(scratch);
     }
 }
 

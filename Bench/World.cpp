@@ -40,12 +40,6 @@ struct TemporaryFolder {
     fs::path path;
 };
 
-void Sync(const fs::path& path) {
-    const int descriptor = open(path.c_str(), O_RDONLY);
-    Require(descriptor >= 0 && fsync(descriptor) == 0, "a file does not reach the disk");
-    close(descriptor);
-}
-
 std::vector<std::string> Ids(const DatasetFiles& files, const std::string& classCode) {
     return TextsOf(files.Store().string(), "SELECT id FROM \"" + classCode + "\" ORDER BY seq");
 }
@@ -92,6 +86,12 @@ const fs::path& BenchFolder() {
     return folder.path;
 }
 
+void SyncFile(const fs::path& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY);
+    Require(descriptor >= 0 && fsync(descriptor) == 0, "a file does not reach the disk");
+    close(descriptor);
+}
+
 std::wstring Wide(const fs::path& path) {
     return vorn::StringUtil::ToWString(path.string());
 }
@@ -114,7 +114,7 @@ void DatasetFiles::CopyFrom(const DatasetFiles& other) const {
         if (!fs::exists(from))
             continue;
         fs::copy_file(from, to);
-        Sync(to);
+        SyncFile(to);
     }
     if (fs::exists(other.Binary()))
         fs::copy(other.Binary(), Binary(), fs::copy_options::recursive);

@@ -89,6 +89,9 @@ void EditLocally(const DatasetFiles& files, const std::string& classCode, const 
 /// Gives a dataset a status store without records.
 void MakeStatus(const DatasetFiles& files);
 
+/// Waits until the file is on disk.
+void SyncFile(const fs::path& path);
+
 std::wstring Wide(const fs::path& path);
 
 } // namespace tolm::bench
