@@ -10,6 +10,7 @@
 #include "Vorn/Notification.h"
 #include "Vorn/Text.h"
 
+#include <cstdlib>
 #include <iostream>
 #include <optional>
 #include <string_view>

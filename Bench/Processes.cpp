@@ -11,6 +11,8 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <stdexcept>
+#include <unistd.h>
 
 namespace tolm::bench {
 namespace {

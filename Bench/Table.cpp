@@ -1,10 +1,9 @@
 #include "Bench/Table.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cctype>
 #include <cstdio>
 #include <iostream>
-#include <map>
 #include <stdexcept>
 
 namespace tolm::bench {

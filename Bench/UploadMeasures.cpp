@@ -9,6 +9,7 @@
 
 #include <httplib.h>
 
+#include <map>
 #include <mutex>
 #include <thread>
 
