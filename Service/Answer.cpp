@@ -16,6 +16,7 @@ constexpr std::array kAnswers{
     AnswerRow{Answer::BadRow, "40002", 400, "a row is not as it has to be"},
     AnswerRow{Answer::NotSignedIn, "40100", 401, "not signed in, or the sign-in has expired"},
     AnswerRow{Answer::WrongSecret, "40101", 401, "the user id or the secret is wrong"},
+    AnswerRow{Answer::NoMember, "40300", 403, "the project is for its members alone"},
     AnswerRow{Answer::UnknownPath, "40400", 404, "there is no such call"},
     AnswerRow{Answer::UnknownProject, "40401", 404, "there is no such project"},
     AnswerRow{Answer::UnknownTemplate, "40402", 404, "there is no such template"},

@@ -16,6 +16,7 @@ enum class Answer {
     BadRow,
     NotSignedIn,
     WrongSecret,
+    NoMember,
     UnknownPath,
     UnknownProject,
     UnknownTemplate,

@@ -1,6 +1,7 @@
 #include "Service/CommandContext.h"
 
 #include "Service/Database.h"
+#include "Service/MemberStore.h"
 #include "Service/ProjectFile.h"
 #include "Service/ProjectStore.h"
 #include "Service/SettingTables.h"
@@ -21,6 +22,7 @@ struct ProjectOptions {
     std::string id;
     std::string name;
     std::string file;
+    std::string user;
     bool force = false;
 };
 
@@ -53,6 +55,17 @@ void ListProjects(const CommandContext& context) {
         context.streams.out << project.id << '\t' << VersionText(project.version) << '\t' << project.name << '\n';
 }
 
+void PrintMembers(std::ostream& out, MemberStore members, const std::string& projectId) {
+    if (!members.IsClosed(projectId)) {
+        out << "members: every user\n";
+        return;
+    }
+    out << "members:";
+    for (const auto& user : members.List(projectId))
+        out << ' ' << user;
+    out << '\n';
+}
+
 void ShowProject(const CommandContext& context, const ProjectOptions& options) {
     Database database(context.database, 1);
     ProjectStore projects(database);
@@ -61,9 +74,31 @@ void ShowProject(const CommandContext& context, const ProjectOptions& options) {
     out << info.id << "\nname: " << info.name << '\n' << VersionText(info.version) << '\n';
     if (!info.templateId.empty())
         out << "filled from the template: " << info.templateId << '\n';
+    PrintMembers(out, MemberStore(database), options.id);
     const auto counts = projects.RowCounts(options.id);
     for (std::size_t i = 0; i < counts.size(); ++i)
         out << kSettingTables[i].name << ": " << counts[i] << '\n';
+}
+
+void Grant(const CommandContext& context, const ProjectOptions& options) {
+    CheckPlainId(options.user, "a user's id");
+    Database database(context.database, 1);
+    MemberStore(database).Grant(options.id, options.user);
+    context.streams.out << "project \"" << options.id << "\" is for its members alone; \"" << options.user
+                        << "\" is one\n";
+}
+
+void Revoke(const CommandContext& context, const ProjectOptions& options) {
+    Database database(context.database, 1);
+    if (!MemberStore(database).Revoke(options.id, options.user))
+        throw std::runtime_error("\"" + options.user + "\" is no member of the project \"" + options.id + "\"");
+    context.streams.out << "\"" << options.user << "\" is no member of the project \"" << options.id << "\" any more\n";
+}
+
+void OpenToAll(const CommandContext& context, const ProjectOptions& options) {
+    Database database(context.database, 1);
+    MemberStore(database).OpenToAll(options.id);
+    context.streams.out << "project \"" << options.id << "\" is for every user\n";
 }
 
 void ApplyChange(const CommandContext& context, const ProjectOptions& options) {
@@ -106,6 +141,20 @@ void AddFileOptions(CLI::App& command, ProjectOptions& options) {
     command.add_option("--file", options.file, "file to read")->required()->check(CLI::ExistingFile);
 }
 
+void AddMemberCommands(CLI::App& group, CommandContext& context, const std::shared_ptr<ProjectOptions>& options) {
+    auto& grant = AddCommand(group, context, "grant", "Make a project one for its members alone, and a user a member",
+                             options, Grant);
+    auto& revoke = AddCommand(group, context, "revoke", "Let a user be no member any more", options, Revoke);
+    for (auto* command : {&grant, &revoke}) {
+        command->add_option("user,--user", options->user, "id of the user")->required();
+        command->add_option("--project", options->id, "id of the project")->required();
+    }
+    grant.footer("Example:\n  tolm-service project grant --project house anna --db settings.db");
+
+    auto& open = AddCommand(group, context, "open", "Make a project one for every user again", options, OpenToAll);
+    open.add_option("id,--project", options->id, "id of the project")->required();
+}
+
 void AddGroupCommands(CLI::App& group, CommandContext& context, const std::shared_ptr<ProjectOptions>& options) {
     auto& create = AddCommand(group, context, "create", "Make a project without settings", options, CreateProject);
     create.add_option("id,--project", options->id, "id of the project")->required();
@@ -132,6 +181,7 @@ void AddProjectCommands(CLI::App& app, CommandContext& context) {
     auto& group = *app.add_subcommand("project", "Projects and their settings");
     group.require_subcommand(1);
     AddGroupCommands(group, context, options);
+    AddMemberCommands(group, context, options);
 
     auto& change = *app.add_subcommand("change", "Changes to a project's settings");
     change.require_subcommand(1);

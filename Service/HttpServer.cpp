@@ -1,12 +1,12 @@
 #include "Service/HttpServer.h"
 
 #include "Service/Answer.h"
+#include "Service/BoundedServer.h"
 #include "Service/JsonText.h"
 
 #include <httplib.h>
 
 #include <atomic>
-#include <chrono>
 #include <limits>
 #include <optional>
 #include <stdexcept>
@@ -17,7 +17,6 @@ namespace tolm::service {
 namespace {
 
 constexpr auto kJson = "application/json";
-constexpr auto kPatience = std::chrono::seconds(30); ///< for a peer that neither sends nor takes anything
 
 /// A second service on the same port has to fail, not to share the port.
 void LeavePortToOne(socket_t socket) {
@@ -117,7 +116,7 @@ private:
 struct HttpServer::Impl {
     const Router& router;
     Settings settings;
-    httplib::Server server;
+    BoundedServer server;
     int port = -1;
     std::atomic<bool> stopped = false;
     std::atomic<bool> done = false;
@@ -165,8 +164,7 @@ struct HttpServer::Impl {
         server.set_socket_options(LeavePortToOne);
         server.set_keep_alive_max_count(1);
         server.set_tcp_nodelay(true);
-        server.set_read_timeout(kPatience);
-        server.set_write_timeout(kPatience);
+        server.patience = settings.patience;
         // The limit is kept by BodyReader, which counts what comes out of a compressed body as well.
         server.set_payload_max_length(std::numeric_limits<std::size_t>::max());
         server.new_task_queue = [threads = settings.threads] { return new httplib::ThreadPool(threads); };

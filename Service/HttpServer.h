@@ -2,6 +2,7 @@
 
 #include "Service/Router.h"
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -18,6 +19,8 @@ public:
         std::size_t threads = 16;
         std::size_t bodyLimit = 64U << 20;
         std::function<void(const std::string&)> log; ///< one line for each request; may be empty. Any thread calls it.
+        /// For a request to come and for its answer to be taken; more for long ones.
+        std::chrono::milliseconds patience{30'000};
     };
 
     /// Binds the address; throws `std::runtime_error` when it cannot.

@@ -12,12 +12,14 @@
 namespace tolm::service {
 namespace {
 
+/// What a project for its members alone was told is not changed by others.
 void PutEntries(soci::session& session, const std::string& projectId, const std::vector<WorkunitEntry>& entries) {
     for (const auto& entry : entries) {
         session
             << "INSERT INTO workunit_data (workunit_id, data_id, data_status, project_id) VALUES (:w, :d, :s, :p) ON "
                "CONFLICT (workunit_id, data_id) DO UPDATE SET data_status = excluded.data_status, project_id = "
-               "excluded.project_id",
+               "excluded.project_id WHERE workunit_data.project_id = excluded.project_id OR NOT EXISTS (SELECT 1 FROM "
+               "members WHERE members.project_id = workunit_data.project_id AND members.user_id = '')",
             soci::use(entry.workunitId, "w"), soci::use(entry.dataId, "d"), soci::use(entry.dataStatus, "s"),
             soci::use(projectId, "p");
     }
@@ -190,9 +192,10 @@ std::vector<WorkunitEntry> ProjectStore::WorkunitData(const std::string& workuni
         WorkunitEntry entry;
         entry.workunitId = workunitId;
         soci::statement query =
-            (session.prepare << "SELECT data_id, data_status FROM workunit_data WHERE workunit_id = :w "
+            (session.prepare << "SELECT data_id, data_status, project_id FROM workunit_data WHERE workunit_id = :w "
                                 "ORDER BY data_id",
-             soci::use(workunitId), soci::into(entry.dataId), soci::into(entry.dataStatus));
+             soci::use(workunitId), soci::into(entry.dataId), soci::into(entry.dataStatus),
+             soci::into(entry.projectId));
         query.execute();
         while (query.fetch())
             entries.push_back(entry);

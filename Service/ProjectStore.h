@@ -28,6 +28,7 @@ struct WorkunitEntry {
     std::string workunitId;
     std::string dataId;
     int dataStatus = 0;
+    std::string projectId{}; ///< that it was told for; given back, not taken
 };
 
 /// The projects and their rows, with all their versions. Any thread may use it. A call that throws changed nothing: a

@@ -3,6 +3,7 @@
 #include "Service/Answer.h"
 #include "Service/ChangeBuilder.h"
 #include "Service/JsonText.h"
+#include "Service/MemberStore.h"
 #include "Service/ProjectFile.h"
 #include "Service/ProjectStore.h"
 #include "Service/UploadStore.h"
@@ -20,6 +21,7 @@ namespace tolm::service {
 struct CallContext {
     ProjectStore& projects;
     UserStore& users;
+    MemberStore& members;
     UploadStore& uploads;
     const MatchedCall& call;
     std::string_view body;
@@ -29,6 +31,7 @@ struct Route {
     std::string_view method;
     std::string_view path; ///< ids follow where it ends in a slash
     std::size_t ids;
+    std::size_t project; ///< which of the ids is the project's
     bool asksForUser;
     bool isUpload; ///< refusals go out with HTTP 200
     std::string (*serve)(const CallContext&);
@@ -38,6 +41,8 @@ namespace {
 
 using nlohmann::json;
 
+/// In the path of a call whose project is named elsewhere, or that is open to everybody.
+constexpr std::size_t kNoProject = 9;
 constexpr std::size_t kLongestId = 128;
 constexpr std::size_t kLongestSecret = 1024;
 
@@ -84,16 +89,24 @@ std::string DownloadVersion(const CallContext& context) {
     return context.projects.Increment(context.call.ids[0], VersionIn(context.call.ids[1]));
 }
 
+void RefuseUnlessMember(MemberStore& members, const std::string& userId, const std::string& projectId) {
+    if (!members.MayUse(userId, projectId))
+        throw Refusal(Answer::NoMember);
+}
+
 std::string DownloadWorkunitData(const CallContext& context) {
     json data = json::array();
-    for (const auto& entry : context.projects.WorkunitData(context.call.ids[0]))
-        data.push_back({{"dataId", entry.dataId}, {"dataStatus", entry.dataStatus}});
+    for (const auto& entry : context.projects.WorkunitData(context.call.ids[0])) {
+        if (context.members.MayUse(context.call.userId, entry.projectId))
+            data.push_back({{"dataId", entry.dataId}, {"dataStatus", entry.dataStatus}});
+    }
     return CompactJson(data);
 }
 
 std::string UploadWorkunitData(const CallContext& context) {
     const auto body = ObjectBody(context.body);
     const auto projectId = PlainIdOf(body, "projectId");
+    RefuseUnlessMember(context.members, context.call.userId, projectId);
     const auto workunitId = PlainIdOf(body, "workunitId");
     const auto ids = body.find("dataIds");
     if (ids == body.end() || !ids->is_array())
@@ -154,20 +167,20 @@ std::string SignIn(const CallContext& context) {
 }
 
 constexpr std::array kRoutes{
-    Route{"POST", "/api/SignIn", 0, false, false, SignIn},
-    Route{"POST", "/api/GetVersion/", 1, true, false, GetVersion},
-    Route{"POST", "/api/DownloadVersion/", 2, true, false, DownloadVersion},
-    Route{"GET", "/api/workunit/downloadData/", 1, true, false, DownloadWorkunitData},
-    Route{"POST", "/api/workunit/uploadData", 0, true, true, UploadWorkunitData},
-    Route{"POST", "/api/ReadProjectToTemplate/", 1, false, false, ReadProjectToTemplate},
-    Route{"POST", "/api/useTemplateForDesktop/", 2, true, false, UseTemplate},
-    Route{"POST", "/api/UpLoad/", 1, true, true, UpLoad},
-    Route{"POST", "/api/CreateList/", 2, true, true, ApplyList<ReadCreatedRows>},
-    Route{"POST", "/api/EditList/", 2, true, true, ApplyList<ReadEditedRows>},
-    Route{"POST", "/api/RemoveList/", 2, true, true, ApplyList<ReadRemovedIds>},
-    Route{"POST", "/api/CreateCombinations/", 2, true, true, ApplyCombinations<ReadCreatedRows>},
-    Route{"POST", "/api/EditCombinations/", 2, true, true, ApplyCombinations<ReadEditedRows>},
-    Route{"POST", "/api/RemoveCombinations/", 2, true, true, ApplyCombinations<ReadRemovedIds>},
+    Route{"POST", "/api/SignIn", 0, kNoProject, false, false, SignIn},
+    Route{"POST", "/api/GetVersion/", 1, 0, true, false, GetVersion},
+    Route{"POST", "/api/DownloadVersion/", 2, 0, true, false, DownloadVersion},
+    Route{"GET", "/api/workunit/downloadData/", 1, kNoProject, true, false, DownloadWorkunitData},
+    Route{"POST", "/api/workunit/uploadData", 0, kNoProject, true, true, UploadWorkunitData},
+    Route{"POST", "/api/ReadProjectToTemplate/", 1, kNoProject, false, false, ReadProjectToTemplate},
+    Route{"POST", "/api/useTemplateForDesktop/", 2, 1, true, false, UseTemplate},
+    Route{"POST", "/api/UpLoad/", 1, 0, true, true, UpLoad},
+    Route{"POST", "/api/CreateList/", 2, 0, true, true, ApplyList<ReadCreatedRows>},
+    Route{"POST", "/api/EditList/", 2, 0, true, true, ApplyList<ReadEditedRows>},
+    Route{"POST", "/api/RemoveList/", 2, 0, true, true, ApplyList<ReadRemovedIds>},
+    Route{"POST", "/api/CreateCombinations/", 2, 0, true, true, ApplyCombinations<ReadCreatedRows>},
+    Route{"POST", "/api/EditCombinations/", 2, 0, true, true, ApplyCombinations<ReadEditedRows>},
+    Route{"POST", "/api/RemoveCombinations/", 2, 0, true, true, ApplyCombinations<ReadRemovedIds>},
 };
 
 bool BelongsTo(std::string_view path, const Route& route) {
@@ -224,13 +237,16 @@ MatchedCall Router::Match(const RequestHead& head) const {
         if (!tokenHash)
             throw Refusal(Answer::NotSignedIn);
         call.tokenHash = *tokenHash;
+        call.userId = head.userId;
     }
     call.ids = IdsIn(head.path, *call.route);
+    if (call.route->project < call.ids.size())
+        RefuseUnlessMember(m_members, call.userId, call.ids[call.route->project]);
     return call;
 }
 
 std::string Router::Answer(const MatchedCall& call, std::string_view body) const {
-    return call.route->serve({m_projects, m_users, m_uploads, call, body});
+    return call.route->serve({m_projects, m_users, m_members, m_uploads, call, body});
 }
 
 bool Router::RefusesWithOk(std::string_view path) {

@@ -6,6 +6,7 @@
 
 namespace tolm::service {
 
+class MemberStore;
 class ProjectStore;
 class UploadStore;
 class UserStore;
@@ -24,16 +25,17 @@ struct MatchedCall {
     const Route* route = nullptr;
     std::vector<std::string> ids;
     std::string tokenHash; ///< empty where the call asks for no user
+    std::string userId;    ///< empty there too
 };
 
 /// The calls of the REST interface, one row of a table each. Any thread may use it. A refused request leaves as a
 /// `Refusal`.
 class Router {
 public:
-    Router(ProjectStore& projects, UserStore& users, UploadStore& uploads)
-        : m_projects(projects), m_users(users), m_uploads(uploads) {}
+    Router(ProjectStore& projects, UserStore& users, MemberStore& members, UploadStore& uploads)
+        : m_projects(projects), m_users(users), m_members(members), m_uploads(uploads) {}
 
-    /// Finds the call and checks the ids and the user.
+    /// Finds the call and checks the ids, the user, and whether the project in the path is the user's.
     MatchedCall Match(const RequestHead& head) const;
     /// Does the call. Returns the payload as JSON text.
     std::string Answer(const MatchedCall& call, std::string_view body) const;
@@ -43,6 +45,7 @@ public:
 private:
     ProjectStore& m_projects;
     UserStore& m_users;
+    MemberStore& m_members;
     UploadStore& m_uploads;
 };
 

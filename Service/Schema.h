@@ -35,6 +35,8 @@ inline constexpr std::array kSchema{
     "CREATE TABLE IF NOT EXISTS users (user_id TEXT PRIMARY KEY, salt TEXT NOT NULL, hash TEXT NOT NULL, rounds "
     "INTEGER "
     "NOT NULL)",
+    "CREATE TABLE IF NOT EXISTS members (project_id TEXT NOT NULL, user_id TEXT NOT NULL, PRIMARY KEY (project_id, "
+    "user_id))",
     "CREATE TABLE IF NOT EXISTS tokens (token_hash TEXT PRIMARY KEY, user_id TEXT NOT NULL, last_used BIGINT NOT NULL)",
     "CREATE INDEX IF NOT EXISTS tokens_user ON tokens (user_id)",
     "CREATE TABLE IF NOT EXISTS told_versions (token_hash TEXT NOT NULL, project_id TEXT NOT NULL, version BIGINT NOT "

@@ -72,6 +72,7 @@ bool UserStore::Remove(const std::string& userId) {
         session << "SELECT COUNT(*) FROM users WHERE user_id = :u", soci::use(userId), soci::into(count);
         found = count > 0;
         EndSignIns(session, userId);
+        session << "DELETE FROM members WHERE user_id = :u", soci::use(userId);
         session << "DELETE FROM users WHERE user_id = :u", soci::use(userId);
     });
     return found;

@@ -23,7 +23,7 @@ public:
 
     /// Adds a user, or gives one a new secret, which ends all its sign-ins.
     void Put(const std::string& userId, const std::string& secret);
-    /// False when there is no such user. Its sign-ins end.
+    /// False when there is no such user. Its sign-ins end, and it is no project's member any more.
     bool Remove(const std::string& userId);
     std::vector<std::string> List();
 

@@ -50,11 +50,57 @@ build() {
 TESTS_PASSED=0
 TESTS_FAILED=0
 
-# Runs the tests of a preset and adds to the counts: run_tests PRESET [CTEST-ARGUMENT...]
+# Runs one part of a test program and leaves its output in a file: run_shard PROGRAM INDEX COUNT FOLDER
+run_shard() {
+    local log=$4/$(basename "$1").$2
+    if ! GTEST_SHARD_INDEX=$2 GTEST_TOTAL_SHARDS=$3 timeout 1800 "$1" --gtest_color=no >"$log" 2>&1; then
+        mv "$log" "$log.failed"
+    fi
+}
+export -f run_shard
+
+# Numbers in the lines of the logs in a folder that match, summed up: sum_of FOLDER PATTERN
+sum_of() {
+    cat "$1"/* | sed -nE "s/$2/\1/p" | awk '{sum += $1} END {print sum + 0}'
+}
+
+# Runs the test programs of a preset, in parts side by side, and adds to the counts: run_tests PRESET
+# With arguments for ctest each test is a process of its own: run_tests PRESET CTEST-ARGUMENT...
 run_tests() {
-    local preset=$1 log summary failed total
+    local preset=$1 logs parts=6 program index passed failed log
     shift
     say "Testing ($preset)"
+    if [ $# != 0 ]; then
+        run_ctest "$preset" "$@"
+        return
+    fi
+    logs=$(mktemp -d)
+    for index in $(seq 0 $((parts - 1))); do
+        for program in build/"$preset"/bin/tolm-*-tests; do
+            printf '%s %s %s %s\n' "$program" "$index" "$parts" "$logs"
+        done
+    done | xargs -P "$(nproc)" -L 1 bash -c 'run_shard "$@"' run_shard
+    passed=$(sum_of "$logs" '^\[  PASSED  \] ([0-9]+) tests?\.$')
+    failed=$(sum_of "$logs" '^\[  FAILED  \] ([0-9]+) tests?, listed below:$')
+    for log in "$logs"/*.failed; do
+        [ -e "$log" ] || continue
+        grep -v '^\[       OK \]' "$log"
+        if ! grep -q 'listed below:$' "$log"; then
+            echo "$(basename "$log" .failed) did not come to its end"
+            failed=$((failed + 1))
+        fi
+    done
+    [ $((passed + failed)) != 0 ] || die "no test ran"
+    cat "$logs"/* | sed -nE 's/^\[  FAILED  \] ([^ ]+\.[^ ]+(, where .*)?)$/failed: \1/p' | sort -u
+    rm -r "$logs"
+    TESTS_FAILED=$((TESTS_FAILED + failed))
+    TESTS_PASSED=$((TESTS_PASSED + passed))
+    echo "$passed passed, $failed failed ($preset)"
+}
+
+run_ctest() {
+    local preset=$1 log summary failed total
+    shift
     log=$(mktemp)
     ctest --test-dir "build/$preset" --parallel "$(nproc)" --output-on-failure --no-tests=error "$@" >"$log" 2>&1 || true
     summary=$(grep -E 'tests? failed out of [0-9]+' "$log" || true)

@@ -181,6 +181,10 @@ sqlite3_int64 Connection::Query(const std::string& sql) {
     return statement.Step() ? statement.Integer(0) : 0;
 }
 
+sqlite3_int64 DataVersion(Connection& connection, const std::string& schema) {
+    return connection.Query("PRAGMA " + Quoted(schema) + ".data_version");
+}
+
 // --- companions --------------------------------------------------------------------------------------------------
 
 Connection::File& Connection::Attach(const std::string& path, bool create) {

@@ -106,4 +106,7 @@ private:
     Waiter m_waiter;
 };
 
+/// Number of a file's content as SQLite counts it for this connection: another one once somebody else committed.
+sqlite3_int64 DataVersion(Connection& connection, const std::string& schema);
+
 } // namespace qbase

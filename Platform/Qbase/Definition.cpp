@@ -77,6 +77,13 @@ int ClassDefinition::FindName(std::string_view name) const {
     return found == attributes.end() ? -1 : static_cast<int>(found - attributes.begin());
 }
 
+std::string ClassDefinition::IndexName(const std::vector<int>& index) const {
+    std::string name = code;
+    for (const int position : index)
+        name += "_" + attributes[static_cast<std::size_t>(position)].name;
+    return name;
+}
+
 std::shared_ptr<const Definition> Definition::Load(const std::wstring& path) {
     const std::string nativePath = vorn::FileSystem::ToNative(path);
     Stamp stamp;

@@ -37,6 +37,8 @@ struct ClassDefinition {
     /// Position of the attribute; -1 when the class lacks it.
     int Find(short attributeId) const;
     int FindName(std::string_view name) const;
+    /// What an index of this class is called in a store. Nothing else in the definition is called so.
+    std::string IndexName(const std::vector<int>& index) const;
 };
 
 /// The classes and attributes of a store, as its definition file tells them. Never changes once it is made.

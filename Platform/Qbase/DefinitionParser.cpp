@@ -5,6 +5,7 @@
 #include <cctype>
 #include <charconv>
 #include <map>
+#include <set>
 #include <stdexcept>
 
 namespace qbase {
@@ -14,6 +15,9 @@ constexpr std::string_view kFirstLine = "store-definition";
 constexpr int kDefinitionVersion = 1;
 constexpr std::size_t kMaxNameLength = 60;
 constexpr int kMaxEntrySize = 1 << 20;
+// Far from what SQLite can hold in one table and in one statement.
+constexpr std::size_t kMostClasses = 500;
+constexpr std::size_t kMostAttributes = 500;
 
 struct TypeName {
     std::string_view name;
@@ -142,6 +146,9 @@ private:
         const auto isSame = [&](const ClassDefinition& other) { return SameName(other.code, code); };
         if (std::ranges::any_of(m_classes, isSame) || SameName(code.substr(0, 7), "sqlite_"))
             throw Fault("class '" + code + "' cannot stand here");
+        if (m_classes.size() == kMostClasses)
+            throw Fault("there are more than " + std::to_string(kMostClasses) + " classes");
+        Claim(code);
         m_classes.push_back({code, {}, {}, {}});
     }
 
@@ -160,6 +167,8 @@ private:
         attribute.name = Name(words[2], false);
         CheckIsNew(attribute);
         CheckKeepsItsType(attribute);
+        if (Current().attributes.size() == kMostAttributes)
+            throw Fault("the class has more than " + std::to_string(kMostAttributes) + " attributes");
         Current().attributes.push_back(std::move(attribute));
     }
 
@@ -187,7 +196,15 @@ private:
         }
         if (positions.empty())
             throw Fault("an index names its attributes");
+        Claim(Current().IndexName(positions));
         Current().indexes.push_back(std::move(positions));
+    }
+
+    /// Tables and indexes of a store share their names.
+    void Claim(std::string name) {
+        std::ranges::transform(name, name.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        if (!m_names.insert(name).second)
+            throw Fault("two tables or indexes of a store would be named '" + name + "'");
     }
 
     static void Finish(ClassDefinition& definition) {
@@ -200,6 +217,7 @@ private:
     int m_line = 0;
     std::vector<ClassDefinition> m_classes;
     std::map<short, std::pair<AttributeType, int>> m_types;
+    std::set<std::string> m_names; ///< in lower case
 };
 
 } // namespace

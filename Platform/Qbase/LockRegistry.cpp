@@ -68,6 +68,10 @@ bool LockRegistry::WouldWaitForItself(const FileIdentity& file, LockKind wanted,
     });
 }
 
+bool LockRegistry::IsHeld(const FileIdentity& file) {
+    return AnyOfThisThread(file, [](const Holding&) { return true; });
+}
+
 bool LockRegistry::IsHeldForUpdate(const FileIdentity& file) {
     return AnyOfThisThread(file, [](const Holding& holding) { return holding.kind == LockKind::Update; });
 }

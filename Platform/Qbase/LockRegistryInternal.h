@@ -26,6 +26,8 @@ public:
     static void Remove(const void* owner) noexcept;
     /// True when this thread, through another owner, holds a lock that keeps `wanted` from ever being had.
     static bool WouldWaitForItself(const FileIdentity& file, LockKind wanted, const void* owner);
+    /// True when this thread holds a lock of any kind on the file.
+    static bool IsHeld(const FileIdentity& file);
     /// True when this thread holds the file's update lock.
     static bool IsHeldForUpdate(const FileIdentity& file);
 };

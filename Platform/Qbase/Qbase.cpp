@@ -60,6 +60,17 @@ bool CQbase::beginTransaction() {
     return lockForUpdate();
 }
 
+bool CQbase::getContentVersion(long& version) {
+    return m_impl->Run([&] { return m_impl->ContentVersion(version); });
+}
+
+bool CQbase::isHeldByThisThread(const std::wstring& filePath) {
+    return qbase::IsPath(filePath) && Succeeds([&] {
+               const auto identity = qbase::IdentityOf(qbase::WholePath(filePath));
+               return identity && qbase::LockRegistry::IsHeld(*identity);
+           });
+}
+
 short CQbase::getLastError() const {
     return m_impl->LastError();
 }

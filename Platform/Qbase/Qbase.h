@@ -71,6 +71,13 @@ public:
     /// the update lock.
     bool beginTransaction();
 
+    /// A number that is another one when somebody else committed to the file since it was last asked for on this
+    /// handle. It does not change with this handle's own commits and says nothing about how often.
+    bool getContentVersion(long& version);
+
+    /// True when this thread holds a lock on the store at the path, through whatever handle.
+    static bool isHeldByThisThread(const std::wstring& filePath);
+
     /// Code of the last failure; `QbaseError::None` after a success.
     short getLastError() const;
 
@@ -191,8 +198,8 @@ public:
     /// Gives both stores the contents of their copies, numbers and order of the records included, in one commit: a
     /// crash at any moment leaves both as they were or both new. The copies must be closed; they stay. What is equal
     /// is not written again. False, and both stores as they were, when a store changed or is another file since
-    /// `make` (`QbaseError::Changed`), when a lock is not to be had, or when a copy is no store. After it, whatever it
-    /// returned, nothing can be put back until the next `make`.
+    /// `make`, or a copy is another file than the one made then (`QbaseError::Changed`), when a lock is not to be had,
+    /// or when a copy is no store. After it, whatever it returned, nothing can be put back until the next `make`.
     bool putBack();
 
     /// Code of the last failure; `QbaseError::None` after a success.

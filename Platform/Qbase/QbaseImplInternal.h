@@ -35,6 +35,7 @@ public:
     void Abandon() noexcept;
     QbaseError Lock(qbase::LockKind kind);
     QbaseError CopyTo(const std::wstring& target);
+    QbaseError ContentVersion(long& version);
 
     // --- finding records (QbaseFind.cpp) ---
     QbaseError Count(long& count);
@@ -154,6 +155,7 @@ private:
     std::string m_path;
     bool m_create = false;
     bool m_isCompanion = false;
+    long m_openings = 0; ///< connections that this handle has had
     std::vector<std::unique_ptr<qbase::ClassTable>> m_tables;
     qbase::Record m_record;
     Absent m_absent;

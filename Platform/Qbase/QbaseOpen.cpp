@@ -89,6 +89,7 @@ QbaseError CQbase::Impl::TryOpen(qbase::Waiter& waiter, bool& again) {
     if (const auto error = ErrorOf(kind, m_create); error != QbaseError::None)
         return error;
     m_connection = std::make_shared<Connection>(m_path, m_create);
+    ++m_openings;
     m_file = &m_connection->Main();
     if (kind == StoreFileKind::Store)
         return QbaseError::None;
@@ -286,5 +287,12 @@ QbaseError CQbase::Impl::CopyTo(const std::wstring& target) {
     } catch (const SqlFailure& failure) {
         return qbase::ErrorOf(failure.code); // nothing of the transaction is touched
     }
+    return QbaseError::None;
+}
+
+/// SQLite counts for each connection; another connection is told apart by its number.
+QbaseError CQbase::Impl::ContentVersion(long& version) {
+    constexpr int kCountBits = 32;
+    version = static_cast<long>(qbase::DataVersion(*m_connection, m_file->schema)) + (m_openings << kCountBits);
     return QbaseError::None;
 }

@@ -39,15 +39,13 @@ std::string CreateTableSql(const std::string& schema, const ClassDefinition& def
 
 std::string CreateIndexSql(const std::string& schema, const ClassDefinition& definition,
                            const std::vector<int>& index) {
-    std::string name = definition.code;
     std::string columns;
     for (const int position : index) {
         const std::string& attribute = definition.attributes[static_cast<std::size_t>(position)].name;
-        name += "_" + attribute;
         columns += (columns.empty() ? "" : ",") + Quoted(attribute);
     }
-    return "CREATE INDEX IF NOT EXISTS " + Quoted(schema) + "." + Quoted(name) + " ON " + Quoted(definition.code) +
-           "(" + columns + ")";
+    return "CREATE INDEX IF NOT EXISTS " + Quoted(schema) + "." + Quoted(definition.IndexName(index)) + " ON " +
+           Quoted(definition.code) + "(" + columns + ")";
 }
 
 void CreateIndexes(Connection& connection, const std::string& schema, const ClassDefinition& definition) {

@@ -8,6 +8,7 @@
 #include "Vorn/Text.h"
 
 #include <array>
+#include <memory>
 #include <optional>
 
 using qbase::Connection;
@@ -27,10 +28,6 @@ struct Paths {
 
 bool IsStore(StoreFileKind kind) {
     return kind == StoreFileKind::Store || kind == StoreFileKind::Unsettled;
-}
-
-sqlite3_int64 DataVersion(Connection& connection, const std::string& schema) {
-    return connection.Query("PRAGMA " + qbase::Quoted(schema) + ".data_version");
 }
 
 /// Copies a file that may be a store or not.
@@ -67,10 +64,8 @@ public:
         } catch (const std::exception&) { // memory ran out
             m_lastError = QbaseError::Disk;
         }
-        if (m_lastError != QbaseError::None) {
-            m_connection.reset();
-            ForgetCopies();
-        }
+        if (m_lastError != QbaseError::None)
+            LetGo();
         return m_lastError == QbaseError::None;
     }
     short LastError() const { return static_cast<short>(m_lastError); }
@@ -84,8 +79,10 @@ private:
         Paths paths;
         Connection::File* file = nullptr; ///< of the connection
         sqlite3_int64 version = 0;        ///< of its content when it was copied
+        std::unique_ptr<Connection> copy; ///< without a lock: as long as it is open, no other file is taken for this
     };
 
+    void LetGo() noexcept;
     bool AnyHeldByThisThread() const;
     bool AreStores();
     bool OpenBoth();
@@ -98,9 +95,15 @@ private:
     std::array<Store, 2> m_stores;
 };
 
-QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second) {
+void CQbaseWorkingCopies::Impl::LetGo() noexcept {
     m_connection.reset();
     ForgetCopies();
+    for (auto& store : m_stores)
+        store.copy.reset();
+}
+
+QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second) {
+    LetGo();
     for (const auto* path : {&first.store, &first.copy, &second.store, &second.copy}) {
         if (!qbase::IsPath(*path))
             return QbaseError::BadArgument;
@@ -109,12 +112,13 @@ QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second
                                       {qbase::WholePath(second.store), qbase::WholePath(second.copy)}}};
     if (!AreDifferent(paths))
         return QbaseError::BadArgument;
-    m_stores = {Store{paths[0]}, Store{paths[1]}};
+    m_stores[0] = Store{paths[0], nullptr, 0, nullptr};
+    m_stores[1] = Store{paths[1], nullptr, 0, nullptr};
     if (AnyHeldByThisThread())
         return QbaseError::Locked;
     if (AreStores() && OpenBoth())
         return CopyBoth();
-    m_connection.reset();
+    LetGo();
     return CopyAnyway(first) && CopyAnyway(second) ? QbaseError::None : QbaseError::Disk;
 }
 
@@ -158,7 +162,8 @@ QbaseError CQbaseWorkingCopies::Impl::CopyBoth() {
     qbase::WorkingCopyRegistry::Add(this, {m_stores[0].paths.copy, m_stores[1].paths.copy});
     for (auto& store : m_stores) {
         qbase::CopyFile(m_connection->Get(), store.file->schema, store.paths.copy);
-        store.version = DataVersion(*m_connection, store.file->schema);
+        store.copy = std::make_unique<Connection>(store.paths.copy, false);
+        store.version = qbase::DataVersion(*m_connection, store.file->schema);
     }
     m_connection->Rollback();
     return QbaseError::None;
@@ -179,8 +184,7 @@ QbaseError CQbaseWorkingCopies::Impl::PutBack() {
             return error;
     }
     m_connection->Commit();
-    m_connection.reset();
-    ForgetCopies();
+    LetGo();
     return QbaseError::None;
 }
 
@@ -188,7 +192,7 @@ bool CQbaseWorkingCopies::Impl::HaveChanged() {
     if (m_connection->AnyMoved())
         return true;
     for (const auto& store : m_stores) {
-        if (DataVersion(*m_connection, store.file->schema) != store.version)
+        if (qbase::DataVersion(*m_connection, store.file->schema) != store.version)
             return true;
     }
     return false;
@@ -201,6 +205,8 @@ QbaseError CQbaseWorkingCopies::Impl::Replace(const Store& store) {
     if (LockRegistry::WouldWaitForItself(*identity, LockKind::Update, &*m_connection))
         return QbaseError::Locked;
     const Connection::File& copy = m_connection->Attach(store.paths.copy, false);
+    if (!store.copy->Uses(copy.identity))
+        return QbaseError::Changed; // somebody else's, who works on the same stores
     if (const auto error = qbase::CheckMark(*m_connection, copy.schema); error != QbaseError::None)
         return error;
     qbase::ReplaceContent(*m_connection, store.file->schema, copy.schema);

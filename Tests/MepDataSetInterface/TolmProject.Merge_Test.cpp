@@ -174,6 +174,7 @@ TEST_F(MergeLoop, RefreshesBeforeTheNextPassWhereNothingIsLeftToSend) {
               (Warnings{L"MepQbaseUtil::MergeCloudAndLocalDataset: ducplicateFilesSucc为false",
                         L"TolmDataset::MergeDataAndSendModifiedData: mergeSucc 失败"}));
     ExpectVersions(6, 5, 6);
+    EXPECT_TRUE(dataset->GetLastUpdateTimePointString().empty());
     EXPECT_EQ(TakeNotifications(), (std::vector<Notification>{{0, L"载入成功！"}}));
 }
 
@@ -218,6 +219,30 @@ TEST_F(MergeLoop, IsToldOfAVersionThatIsNotOnDisk) {
     wstring projectId;
     wstring timePoint;
     EXPECT_EQ(dataset->CompareCloudVersion(projectId, cloud, local, timePoint), CompareVersionResult::CloudAhead);
+}
+
+// --- beside other processes -----------------------------------------------------------------------------------------
+
+TEST_F(MergeLoop, StampsWhatItMergedWhereAnotherProcessSentTheChanges) {
+    reporter.onReport = [this](double percentage) {
+        if (percentage == 80)
+            CQbase::removeStore(statusPath);
+    };
+    Answer({Brings("theirs"), VersionIs(5)});
+    EXPECT_TRUE(Merge());
+    EXPECT_EQ(server.Paths(), (Texts{kDownload3, kVersion})) << "a version that is told now may have more";
+    ExpectVersions(5, 5, 5);
+}
+
+TEST_F(MergeLoop, LeavesTheVersionThatAnotherProcessStamped) {
+    reporter.onReport = [this](double percentage) {
+        if (percentage == 80) {
+            ASSERT_TRUE(util.SetLocalVersion(path, ddq, 4));
+        }
+    };
+    Answer({Brings("theirs"), VersionIs(5), TakenAs(6), VersionIs(6)});
+    EXPECT_TRUE(Merge());
+    ExpectVersions(6, 4, 4);
 }
 
 // --- the upload alone ------------------------------------------------------------------------------------------------

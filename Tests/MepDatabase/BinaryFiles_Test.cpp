@@ -38,8 +38,17 @@ TEST(PlainFileName, HasNoCharacterOfMeaningToAFileSystem) {
     EXPECT_FALSE(tolm::IsPlainFileName(wstring(L"a\0b", 3)));
 }
 
+TEST(PlainFileName, HasNoCharacterThatIsNotSeenButChangesHowItShows) {
+    for (const wchar_t* name : {L"a\u0085b", L"a\u009F", L"photo\u202Egpj.exe", L"\u202Dx", L"a\u200Eb", L"a\u200Fb",
+                                L"a\u061Cb", L"a\u2066b", L"a\u2069b", L"a\u2028b", L"a\u2029b", L"\uFEFFset.db"})
+        EXPECT_FALSE(tolm::IsPlainFileName(name)) << vorn::StringUtil::ToString(name);
+    for (const wchar_t* name : {L"\u05E7\u05D5\u05D1\u05E5.txt", L"\u0645\u0644\u0641", L"a\u00A0b", L"a\u200Db"})
+        EXPECT_TRUE(tolm::IsPlainFileName(name)) << vorn::StringUtil::ToString(name);
+}
+
 TEST(PlainFileName, IsNoDeviceWhateverItsExtensionOrCase) {
-    for (const wchar_t* name : {L"CON", L"con", L"Nul.txt", L"AUX.tar.gz", L"com1", L"LPT9.x", L"PRN ", L"CON .txt"})
+    for (const wchar_t* name : {L"CON", L"con", L"Nul.txt", L"AUX.tar.gz", L"com1", L"LPT9.x", L"PRN ", L"CON .txt",
+                                L"COM\u00B9", L"lpt\u00B3.txt", L"conin$", L"COM0"})
         EXPECT_FALSE(tolm::IsPlainFileName(name)) << vorn::StringUtil::ToString(name);
 }
 
@@ -113,6 +122,21 @@ TEST_F(BinaryFiles, ANameThatIsNotPlainIsRefused) {
         ExpectRefused(name);
     ExpectRefused(wstring(300, L'x'));
     EXPECT_FALSE(fs::exists(Native(L"../x")));
+}
+
+TEST_F(BinaryFiles, ARefusalTellsTheNameAndHidesWhatDeceives) {
+    const auto told = [&](const wstring& name) {
+        try {
+            Folder().Write(name, "x");
+        } catch (const std::runtime_error& error) {
+            const std::string text = error.what();
+            return text.substr(text.find(": ") + 2);
+        }
+        return std::string("nothing");
+    };
+    EXPECT_EQ(told(L"set.db"), "set.db");
+    EXPECT_EQ(told(L"..\\风管\u202Egpj"), "..?风管?gpj");
+    EXPECT_EQ(told(wstring(300, L'x')), std::string(80, 'x'));
 }
 
 TEST_F(BinaryFiles, TheHostsFilesAreRefused) {

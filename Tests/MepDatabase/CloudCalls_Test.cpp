@@ -1,3 +1,4 @@
+#include "StoreSupport/CloudCallTable.h"
 #include "StoreSupport/CloudTestSupport.h"
 
 #include "Host/Session.h"
@@ -13,108 +14,21 @@ namespace {
 
 using tolm::CloudEndpoint;
 
-struct Call {
-    const char* name;
-    bool (*run)();
-    const wchar_t* exceptionWarning; ///< null when an exception is not reported
-    bool looksAtTheStatus;
-    bool heedsTheTimeOut;
-    bool logsARefusal;
-    bool tellsTheUser; ///< of a refusal and of an exception, which goes to the log then
-};
-
-void PrintTo(const Call& call, std::ostream* out) {
-    *out << call.name;
-}
-
 using LogLines = std::vector<std::wstring>;
 
-web::json::value NoRows() {
-    auto encoded = web::json::value::object();
-    encoded["rows"] = web::json::value::array();
-    return encoded;
-}
-
-bool GetVersion() {
-    int version = 5;
-    return Client().GetVersion(L"P1", version);
-}
-
-/// Expects that a call which fails leaves its payload alone.
-bool Payload(bool (*run)(web::json::value&)) {
-    auto data = web::json::value::string("untouched");
-    const bool done = run(data);
-    EXPECT_EQ(!done, data == web::json::value::string("untouched"));
-    return done;
-}
-
-bool GetCloudData() {
-    return Payload([](web::json::value& data) { return Client().GetCloudData(L"P1", 1, data); });
-}
-
-bool GetCloudSystemChangeData() {
-    return Payload([](web::json::value& data) { return Client().GetCloudSystemChangeData(L"W1", data); });
-}
-
-bool ReadProjectTemplateRowKey() {
-    std::wstring key;
-    return Client().ReadProjectTemplateRowKey(L"P1", key);
-}
-
-bool ApplyDefaultProjectSettingTemplate() {
-    return Client().ApplyDefaultProjectSettingTemplate(L"P1");
-}
-
-bool SendUpdateSettingDataInfo() {
-    return Client().SendUpdateSettingDataInfo(L"P1", L"W1", {L"S1"}, 1);
-}
-
-bool SendCreatedEvent() {
-    return Client().SendCreatedEvent(Client().GetProjectSettingAPIHost(), L"P1", L"PipeType", NoRows());
-}
-
-bool SendEditedEvent() {
-    return Client().SendEditedEvent(Client().GetProjectSettingAPIHost(), L"P1", L"PipeType", NoRows());
-}
-
-bool SendRemovedDataList() {
-    return Client().SendRemovedDataList(L"P1", {L"S1"}, L"PipeType");
-}
-
-/// Expects that the version is that of the service after a success and stays as it was otherwise.
-bool SendPatchDataEvent() {
-    int version = 5;
-    const bool done = Client().SendPatchDataEvent(L"P1", web::json::value::object(), version);
-    EXPECT_EQ(version, done ? 8 : 5);
-    return done;
-}
-
-constexpr Call kCalls[] = {
-    {"GetVersion", &GetVersion, nullptr, true, false, false, false},
-    {"GetCloudData", &GetCloudData, nullptr, true, true, false, false},
-    {"GetCloudSystemChangeData", &GetCloudSystemChangeData, nullptr, true, true, false, false},
-    {"ReadProjectTemplateRowKey", &ReadProjectTemplateRowKey, nullptr, false, false, false, false},
-    {"ApplyDefaultProjectSettingTemplate", &ApplyDefaultProjectSettingTemplate, nullptr, true, true, false, false},
-    {"SendCreatedEvent", &SendCreatedEvent, L"/api/CreateList/P1/PipeType 失败", true, false, true, false},
-    {"SendEditedEvent", &SendEditedEvent, L"/api/EditList/P1/PipeType 失败", true, false, true, false},
-    {"SendRemovedDataList", &SendRemovedDataList, L"/api/RemoveList/P1/PipeType 失败", true, false, true, false},
-    {"SendPatchDataEvent", &SendPatchDataEvent, nullptr, true, false, false, true},
-    {"SendUpdateSettingDataInfo", &SendUpdateSettingDataInfo, L"/api/workunit/uploadData 失败", true, false, false,
-     false},
-};
-
-class CloudCalls : public testing::TestWithParam<Call> {
+class CloudCalls : public testing::TestWithParam<CloudCallRow> {
 protected:
     /// A payload that each call but the version query is content with.
-    static ScriptedAnswer Success() {
-        return ScriptedAnswer::Data(GetParam().run == &GetVersion ? "7" : R"({"rows":[{"rowKey":"K"}],"version":8})");
-    }
+    static ScriptedAnswer Success() { return ScriptedAnswer::Data(GetParam().Data()); }
     static bool Answered(const ScriptedAnswer& answer) {
         ScriptedServer server;
         server.Next(answer);
         const TestSession session(server.Address());
-        const bool done = GetParam().run();
+        const auto [done, out] = GetParam().run();
         EXPECT_EQ(server.Requests().size(), 1U);
+        if (!done) {
+            EXPECT_EQ(out, GetParam().outOfAFailure);
+        }
         return done;
     }
     static Warnings WarningsOfAnException() {
@@ -171,20 +85,21 @@ TEST_P(CloudCalls, WaitAsLongAsIsConfiguredOnlyWhereThatIsSaid) {
     late.delay = std::chrono::milliseconds(50);
     server.Next(late);
     const TestSession session({server.Address(), L"P1", L"W1", 1000});
-    EXPECT_EQ(GetParam().run(), !GetParam().heedsTheTimeOut);
+    EXPECT_EQ(GetParam().run().done, !GetParam().heedsTheTimeOut);
 }
 
 TEST_P(CloudCalls, FailWithoutASessionAndReportTheMissingSettings) {
-    EXPECT_FALSE(GetParam().run());
-    auto expected = Warnings{L"CollaborationProjectSettingForPS为空"};
-    for (const auto& warning : WarningsOfAnException())
-        expected.push_back(warning);
+    EXPECT_FALSE(GetParam().run().done);
+    auto expected = Warnings{GetParam().noSessionWarning};
+    if (GetParam().triesWithoutSession)
+        for (const auto& warning : WarningsOfAnException())
+            expected.push_back(warning);
     EXPECT_EQ(TakeDebugWarnings(), expected);
 }
 
 TEST_P(CloudCalls, FailWithoutAnAddress) {
     const TestSession session(L"");
-    EXPECT_FALSE(GetParam().run());
+    EXPECT_FALSE(GetParam().run().done);
     EXPECT_EQ(TakeDebugWarnings(), WarningsOfAnException());
 }
 
@@ -209,7 +124,8 @@ TEST_P(CloudCalls, TellNobodyOfTheToken) {
         EXPECT_EQ(text.find(L"secret"), std::wstring::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, CloudCalls, testing::ValuesIn(kCalls), [](const auto& call) { return call.param.name; });
+INSTANTIATE_TEST_SUITE_P(Each, CloudCalls, testing::ValuesIn(CloudCallTable()),
+                         [](const auto& call) { return call.param.name; });
 
 TEST(CloudOutcome, SaysInItsExceptionNothingOfTheToken) {
     constexpr const auto& endpoint = tolm::CloudEndpoints::GetVersion;

@@ -98,6 +98,16 @@ TEST(CombinationCalls, AreRefusedWithoutATargetOrAList) {
     EXPECT_TRUE(TakeLogLines().empty());
 }
 
+TEST(CombinationCalls, OfEditedTemplatesWithoutAProjectAreRefusedOnceTheRowsAreMadeAndOfCreatedOnesBefore) {
+    ScriptedServer server;
+    const TestSession session(server.Address());
+    EXPECT_FALSE(Client().SendCreatedCircuitTemplateList(L"", {nullptr}));
+    EXPECT_TRUE(TakeDebugWarnings().empty());
+    EXPECT_FALSE(Client().SendEditedCircuitTemplateList(L"", {nullptr}));
+    EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"GetEditedCircuitTemplateListJasonValue: pTemplate为空"}));
+    EXPECT_TRUE(server.Requests().empty());
+}
+
 TEST(CombinationCalls, AnEmptyListOfProductsAndARemovalWithoutACodeAreSent) {
     ScriptedServer server;
     server.On("/", ScriptedAnswer::Data("null"));

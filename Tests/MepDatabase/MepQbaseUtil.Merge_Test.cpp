@@ -175,6 +175,36 @@ TEST_F(Merge, WithoutAChangeInConfigTreeOtherContentIsNotTaken) {
     EXPECT_EQ(progress.percentages, (Percentages{1, 5, 8, 11, 14, 17, 20, 23, 26, 29, 32, 35, 65, 80}));
 }
 
+TEST_F(Merge, ATableThatIsNoListFailsAndDoesNotPassForAnEmptyOne) {
+    Synced({L"a"});
+    Edits(L"a", L"mine");
+    CloudSays("{'PipeType':{'ID':'x'},'ConfigTree':[]}", "{'DuctType':null}");
+    EXPECT_TRUE(MergeFixture::Merge());
+    EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"PipeType:下载失败", L"DuctType:下载失败"}));
+    EXPECT_EQ(Materials(), Lines{"a mine"});
+}
+
+TEST_F(Merge, AnIncrementOfAnotherFormIsNoneAndChangesNothing) {
+    Synced({L"a"});
+    Edits(L"a", L"mine");
+    const std::pair<const char*, const char*> increments[] = {{"[1]", "{}"},
+                                                              {"{}", "[1]"},
+                                                              {"null", "{'ConfigTree':[]}"},
+                                                              {"{'ConfigTree':[]}", "null"},
+                                                              {"'x'", "{}"},
+                                                              {"5", "true"},
+                                                              {"{'ConfigTree':{'a':1}}", "{}"},
+                                                              {"{}", "{'ConfigTree':null}"},
+                                                              {"{'ConfigTree':5,'PipeType':[]}", "{}"}};
+    for (const auto& [add, del] : increments) {
+        CloudSays(add, del);
+        EXPECT_FALSE(MergeFixture::Merge()) << add << del;
+        EXPECT_EQ(TakeDebugWarningsWithFunction(), Says({L"getCloudDataSucc 为false"})) << add << del;
+        EXPECT_EQ(Materials(), Lines{"a mine"});
+        EXPECT_EQ(StatusRecords(), Lines{"MTS a 2 1 2"});
+    }
+}
+
 // --- failures ------------------------------------------------------------------------------------------------------
 
 TEST_F(Merge, NeedsAProgressReporter) {

@@ -6,6 +6,7 @@
 #include "Support/FileSizeLimit.h"
 
 #include <fstream>
+#include <thread>
 
 using namespace tolmtest;
 using nlohmann::json;
@@ -90,7 +91,19 @@ TEST_P(FailingUpload, OfAStoreThatAnotherHoldsFails) {
     for (const auto& file : {path, statusPath}) {
         CQbase reader;
         ASSERT_TRUE(reader.openDatabase(ddq, file, false) && reader.lockForRead());
+        std::thread([&] { EXPECT_FALSE(Send()); }).join();
+        ExpectUntouched();
+    }
+    EXPECT_TRUE(Send());
+}
+
+TEST_P(FailingUpload, OfAStatusStoreThatItsOwnThreadHoldsFails) {
+    ASSERT_TRUE(Store(Material(L"m", L"PVC")));
+    {
+        CQbase reader;
+        ASSERT_TRUE(reader.openDatabase(ddq, statusPath, false) && reader.lockForRead());
         EXPECT_FALSE(Send());
+        EXPECT_EQ(TakeDebugWarnings(), Warnings{L"加锁顺序错误"});
         ExpectUntouched();
     }
     EXPECT_TRUE(Send());

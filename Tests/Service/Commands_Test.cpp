@@ -54,6 +54,40 @@ private:
     TempFolder m_folder;
 };
 
+TEST_F(CommandLine, AProjectIsGrantedRevokedAndOpened) {
+    Filled();
+    const auto members = [&] {
+        const auto text = Run({"project", "show", "p"}).out;
+        const auto at = text.find("members:");
+        return at == std::string::npos ? text : text.substr(at, text.find('\n', at) - at);
+    };
+    EXPECT_EQ(members(), "members: every user");
+    EXPECT_EQ(Run({"project", "grant", "--project", "p", "anna"}).code, 0);
+    EXPECT_EQ(Run({"project", "grant", "--project", "p", "ben"}).code, 0);
+    EXPECT_EQ(members(), "members: anna ben");
+    EXPECT_EQ(Run({"project", "revoke", "--project", "p", "ben"}).code, 0);
+    EXPECT_EQ(Run({"project", "revoke", "--project", "p", "ben"}).code, 1);
+    EXPECT_EQ(members(), "members: anna");
+    EXPECT_EQ(Run({"project", "grant", "--project", "q", "anna"}).code, 1);
+    EXPECT_EQ(Run({"project", "grant", "--project", "p", "a b"}).code, 1);
+    EXPECT_EQ(Run({"project", "open", "p"}).code, 0);
+    EXPECT_EQ(members(), "members: every user");
+}
+
+TEST_F(CommandLine, WordsThatWouldBeSqlArePlainWords) {
+    Filled();
+    const std::string trick = "x'); DROP TABLE projects; --";
+    EXPECT_EQ(Run({"project", "create", "--project", trick, "--name", "N"}).code, 1);
+    EXPECT_EQ(Run({"project", "create", "--project", "q", "--name", trick}).code, 0);
+    EXPECT_EQ(Run({"user", "add", trick}, "a long secret\n").code, 1);
+    EXPECT_EQ(Run({"user", "remove", trick}).code, 1);
+    EXPECT_EQ(Run({"project", "show", trick}).code, 1);
+    EXPECT_EQ(Run({"template", "set", "--id", trick, "--project", "p"}).code, 1);
+    EXPECT_EQ(Run({"project", "revoke", "--project", trick, trick}).code, 1);
+    EXPECT_NE(Run({"project", "list"}).out.find(trick), std::string::npos) << "as the name that it was given";
+    EXPECT_NE(Run({"project", "show", "p"}).out.find("PipeType: 1"), std::string::npos);
+}
+
 TEST_F(CommandLine, HelpIsASuccessWithExamples) {
     const auto outcome = RunBare({"--help"});
     EXPECT_EQ(outcome.code, 0);

@@ -3,10 +3,14 @@
 #include "Support/ChildProcess.h"
 #include "Support/ServiceCalls.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <memory>
 #include <set>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace tolmtest {
@@ -73,6 +77,133 @@ json ManySeries(const std::string& mark) {
     for (int i = 0; i < 2000; ++i)
         rows.push_back(Series(std::to_string(i), mark + std::to_string(i)));
     return rows;
+}
+
+/// A service that several clients upload to, and that is killed again and again.
+class KilledService : public Program {
+protected:
+    static constexpr int kClients = 4;
+    static constexpr int kRowsOfAnUpload = 40;
+
+    KilledService() {
+        const auto secret = File("secret");
+        std::ofstream(secret) << "anna's secret";
+        EXPECT_EQ(Run({"user", "add", "anna", "--secret-file", secret, "--db", File("s.db")}), 0);
+        EXPECT_EQ(Run({"project", "create", "p", "--db", File("s.db")}), 0);
+        const auto file =
+            Written("p.json", {{"format", "tolm-project"}, {"formatVersion", 1}, {"tables", json::object()}});
+        EXPECT_EQ(Run({"project", "fill", "--project", "p", "--file", file, "--db", File("s.db")}), 0);
+    }
+
+    std::unique_ptr<Process> Serve() {
+        auto serving = std::make_unique<Process>(
+            std::vector<std::string>{"serve", "--db", File("s.db"), "--port", "0", "--port-file", File("port")});
+        const auto line = serving->ReadLine();
+        EXPECT_TRUE(line.starts_with("listening on ")) << line;
+        m_port = std::stoi(line.substr(line.rfind(':') + 1));
+        return serving;
+    }
+
+    /// Rows that belong together: "3-17/0" to "3-17/39".
+    static json Batch(const std::string& name) {
+        json rows = json::array();
+        for (int i = 0; i < kRowsOfAnUpload; ++i)
+            rows.push_back(Series(name + "/" + std::to_string(i), name + "/" + std::to_string(i)));
+        return rows;
+    }
+
+    /// Uploads, asking for the version before each, until the service is gone. Notes what was acknowledged.
+    void UploadUntilGone(int client, int& next, std::set<std::string>& acknowledged, std::set<std::string>& tried) {
+        const auto in = Ask("/api/SignIn", "", {{"userId", "anna"}, {"secret", "anna's secret"}});
+        if (!in.is_object())
+            return;
+        const std::string token = in["data"]["token"];
+        while (true) {
+            const auto name = std::to_string(client) + "-" + std::to_string(next++);
+            const auto version = Ask("/api/GetVersion/p", token, json::object());
+            if (!version.is_object())
+                return;
+            tried.insert(name);
+            const json patch{{"version", version["data"]}, {"createList", {{"PipeType", Batch(name)}}}};
+            const auto answer = Ask("/api/UpLoad/p", token, patch);
+            if (!answer.is_object())
+                return;
+            if (answer["code"] == "10000")
+                acknowledged.insert(name);
+            else
+                EXPECT_EQ(answer["code"], "200100") << answer;
+        }
+    }
+
+    std::int64_t VersionNow() {
+        service::Database database(File("s.db"), 1);
+        return service::ProjectStore(database).Version("p");
+    }
+    void WaitForVersion(std::int64_t version) {
+        service::Database database(File("s.db"), 1);
+        while (service::ProjectStore(database).Version("p") < version)
+            std::this_thread::yield();
+    }
+
+    /// Null when no whole answer came.
+    json Ask(const std::string& path, const std::string& token, const json& body) const {
+        try {
+            const auto answer = SendRequest(m_port, {"POST", path, UserHeaders("anna", token), body.dump()});
+            return json::parse(answer.body, nullptr, false);
+        } catch (const std::runtime_error&) { // no connection
+            return nullptr;
+        }
+    }
+
+    /// Names of the uploads that stand; each has to be whole.
+    std::set<std::string> Standing() {
+        service::Database database(File("s.db"), 1);
+        const auto tables = json::parse(service::ProjectStore(database).StandingRows("p"));
+        std::map<std::string, int> rows;
+        for (const auto& row : tables.value("PipeType", json::array())) {
+            const std::string id = row["ID"];
+            ++rows[id.substr(0, id.find('/'))];
+        }
+        std::set<std::string> names;
+        for (const auto& [name, count] : rows) {
+            EXPECT_EQ(count, kRowsOfAnUpload) << name;
+            names.insert(name);
+        }
+        return names;
+    }
+
+private:
+    int m_port = 0;
+};
+
+TEST_F(KilledService, KeepsWhatItAcknowledgedAndNothingHalf) {
+    std::set<std::string> acknowledged;
+    std::set<std::string> tried;
+    std::vector<int> next(kClients, 0);
+    for (int round = 0; round < 6; ++round) {
+        auto serving = Serve();
+        std::vector<std::set<std::string>> acknowledgedBy(kClients);
+        std::vector<std::set<std::string>> triedBy(kClients);
+        std::vector<std::thread> clients;
+        for (std::size_t client = 0; client < kClients; ++client) {
+            clients.emplace_back([&, client] {
+                UploadUntilGone(static_cast<int>(client), next[client], acknowledgedBy[client], triedBy[client]);
+            });
+        }
+        WaitForVersion(VersionNow() + 1 + round);
+        serving->Signal(SIGKILL);
+        for (auto& client : clients)
+            client.join();
+        EXPECT_EQ(serving->Wait(), -SIGKILL);
+        for (std::size_t client = 0; client < kClients; ++client) {
+            acknowledged.merge(acknowledgedBy[client]);
+            tried.merge(triedBy[client]);
+        }
+        const auto standing = Standing();
+        EXPECT_TRUE(std::ranges::includes(standing, acknowledged));
+        EXPECT_TRUE(std::ranges::includes(tried, standing));
+    }
+    EXPECT_FALSE(acknowledged.empty());
 }
 
 /// The system kills the program at the first write beyond a length of file, so that every stage of a change is met.

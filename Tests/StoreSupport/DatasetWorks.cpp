@@ -5,6 +5,8 @@
 #include "MepDatabase/StoreSchema.h"
 #include "Qbase/Qbase.h"
 #include "StoreSupport/Records.h"
+#include "TolmDataSet/ITolmDataset.h"
+#include "Vorn/Clock.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -60,6 +62,44 @@ bool Merge(const WorkPlace& place) {
                                             place.binaryFolder, &pending);
 }
 
+bool Upload(const WorkPlace& place) {
+    return Util().SendModifiedDataToCloud(false, nullptr, place.path, Definition(), place.combinedPath, false);
+}
+
+bool UploadTableByTable(const WorkPlace& place) {
+    return Util().SendModifiedDataToCloud(false, nullptr, place.path, Definition(), place.combinedPath, true);
+}
+
+/// At a time that stands still, so that what comes out is always the same.
+bool UploadAndNoteTime(const WorkPlace& place) {
+    vorn::Clock::SetSource([] { return std::chrono::system_clock::from_time_t(1'718'105'045); });
+    const bool sent =
+        Util().SendModifiedDataToCloud(true, nullptr, place.path, Definition(), place.combinedPath, false);
+    vorn::Clock::SetSource(nullptr);
+    return sent;
+}
+
+/// What a host does: it compares, and does what the comparison asks for.
+bool Synchronise(const WorkPlace& place) {
+    const auto dataset = tolm::ITolmDataSetFactory::Get()->CreateDataset(place.path, place.combinedPath,
+                                                                         place.combinedPath, place.binaryFolder);
+    NoProgress progress;
+    std::wstring project;
+    std::wstring timePoint;
+    int cloud = 0;
+    int local = 0;
+    switch (dataset->CompareCloudVersion(project, cloud, local, timePoint)) {
+    case tolm::CompareVersionResult::Same:
+        return true;
+    case tolm::CompareVersionResult::CloudAhead:
+        return dataset->SyncDataFromCloud(false, nullptr, nullptr);
+    case tolm::CompareVersionResult::BothChanged:
+        return dataset->MergeDataAndSendModifiedData(project, &progress, cloud, local);
+    default:
+        return false;
+    }
+}
+
 constexpr DatasetWork kWorks[] = {
     {"read", Read},
     {"edit", [](const WorkPlace& place) { return Write(place, L"m1"); }},
@@ -69,6 +109,10 @@ constexpr DatasetWork kWorks[] = {
     {"pull", Pull},
     {"repair", Repair},
     {"merge", Merge},
+    {"upload", Upload},
+    {"upload tables", UploadTableByTable},
+    {"upload and note time", UploadAndNoteTime},
+    {"synchronise", Synchronise},
 };
 
 } // namespace

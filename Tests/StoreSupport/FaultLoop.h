@@ -37,6 +37,9 @@ public:
 
     /// A state that the operation passes through on disk by design, made by `make` out of the one before it.
     void MayStopAt(const std::function<void()>& make);
+    /// The next try leaves such a state as it is; and where the status store cannot be removed in the end, it stays
+    /// beside the new data, to be tried again.
+    void MayStay() { m_mayStay = true; }
     /// A warning that may tell of a fault, by its beginning.
     void MayWarnOf(const std::wstring& text) { m_warnings.push_back(text); }
 
@@ -67,6 +70,7 @@ private:
     FaultyFiles m_files;
     long m_stride;
     long m_runs = 0;
+    bool m_mayStay = false;
 };
 
 } // namespace tolmtest

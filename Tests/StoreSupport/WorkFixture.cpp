@@ -53,6 +53,25 @@ void LoadAndKeepOne(WorkFixture& fixture) {
     fixture.CloudMoves();
 }
 
+/// A creation, an edit and a deletion, which the cloud takes.
+void LoadAndChangeAll(WorkFixture& fixture) {
+    fixture.Load();
+    for (const char* const change : {"create", "edit"})
+        ASSERT_TRUE(fixture.Run(change));
+    fixture.CloudTakes(3);
+}
+/// Only deletions.
+void LoadAndDelete(WorkFixture& fixture) {
+    fixture.Load();
+    ASSERT_TRUE(fixture.Run("delete"));
+    fixture.CloudTakes(3);
+}
+/// The cloud goes on, and takes what is left.
+void LoadAndDrift(WorkFixture& fixture) {
+    LoadAndKeepOne(fixture);
+    fixture.CloudTakes(3);
+}
+
 } // namespace
 
 const std::vector<PreparedWork>& PreparedWorks() {
@@ -68,6 +87,12 @@ const std::vector<PreparedWork>& PreparedWorks() {
         {"NameRepair", "repair", LoadAndClash, false},
         {"MergeThatKeepsAChange", "merge", LoadAndKeepOne, true},
         {"MergeThatKeepsNone", "merge", LoadAndLose, false},
+        {"Upload", "upload", LoadAndChangeAll, true},
+        {"UploadOfADeletion", "upload", LoadAndDelete, true},
+        {"UploadThatNotesTheTime", "upload and note time", LoadAndChangeAll, true, {"upload"}, true},
+        {"UploadTableByTable", "upload tables", LoadAndChangeAll, true, {"upload"}, true},
+        {"MergeAndUpload", "synchronise", LoadAndDrift, true, {"merge", "upload"}},
+        {"MergeWithNothingLeftToUpload", "synchronise", LoadAndLose, true, {"merge"}},
     };
     return works;
 }
@@ -88,6 +113,15 @@ void WorkFixture::Load() {
 void WorkFixture::CloudMoves() {
     CloudHas(3, Rows({MaterialRow("m1", "bronze"), MaterialRow("m3", "zinc")}),
              Rows({MaterialRow("m1", "copper"), MaterialRow("m2", "steel")}));
+}
+
+void WorkFixture::CloudTakes(int version) {
+    const auto number = std::to_string(version);
+    server.On("/api/UpLoad/", ScriptedAnswer::Data(R"({"version":)" + number + "}"));
+    for (const char* const list : {"/api/CreateList/", "/api/EditList/", "/api/RemoveList/"})
+        server.On(list, ScriptedAnswer::Data("{}"));
+    server.On("/api/workunit/uploadData", ScriptedAnswer::Data("{}"));
+    server.On("/api/GetVersion/", ScriptedAnswer::Data(number));
 }
 
 void WorkFixture::Prepare(const PreparedWork& work) {

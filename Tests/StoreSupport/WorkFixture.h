@@ -16,6 +16,9 @@ struct PreparedWork {
     const char* name; ///< of the `DatasetWork`
     void (*prepare)(WorkFixture& fixture);
     bool mayBeRepeated; ///< says true also when it was done before
+    /// Operations whose ends are states that this one passes through on disk by design, one after the other.
+    std::vector<const char*> stages{};
+    bool mayStay = false; ///< what was left behind in such a state is not made up for by doing it again
 };
 
 const std::vector<PreparedWork>& PreparedWorks();
@@ -33,6 +36,8 @@ public:
     void Load();
     /// The cloud goes on: one material edited, one new, one gone.
     void CloudMoves();
+    /// The service takes what is sent. It says the same version before and after.
+    void CloudTakes(int version);
     const wstring& Path() const { return path; }
     bool Run(const char* work) { return FindDatasetWork(work).run({path, combinedPath, binaryFolder}); }
 

@@ -1,5 +1,6 @@
 #include "Support/DebugWarnings.h"
 
+#include "Support/Canary.h"
 #include "Vorn/DebugMessage.h"
 #include "Vorn/Log.h"
 #include "Vorn/Notification.h"
@@ -32,17 +33,28 @@ std::vector<vorn::DebugWarning> TakeWarnings() {
 
 void SetHandlers() {
     vorn::DebugMessageMgr::GetDebugMessageMgr()->SetHandler([](const vorn::DebugWarning& warning) {
+        SearchForSecrets("a debug warning of " + warning.function, warning.message);
         const std::lock_guard lock(g_mutex);
         g_warnings.push_back(warning);
     });
-    vorn::NotificationUtils::SetHandler([](vorn::NotificationTypes type, const std::wstring& text, const auto&) {
-        const std::lock_guard lock(g_mutex);
-        g_notifications.push_back({static_cast<int>(type), text});
-    });
+    vorn::NotificationUtils::SetHandler(
+        [](vorn::NotificationTypes type, const std::wstring& text, const auto& details) {
+            SearchForSecrets("a notification", text);
+            for (const std::wstring& detail : details)
+                SearchForSecrets("a detail of a notification", detail);
+            const std::lock_guard lock(g_mutex);
+            g_notifications.push_back({static_cast<int>(type), text});
+        });
     vorn::LogManager::SetSink([](const std::wstring& line) {
+        SearchForSecrets("a log line", line);
         const std::lock_guard lock(g_mutex);
         g_logLines.push_back(line);
     });
+}
+
+void FailOnLeaks() {
+    for (const std::string& where : TakeLeaks())
+        ADD_FAILURE() << "a secret stands in " << where;
 }
 
 class Listener : public testing::EmptyTestEventListener {
@@ -55,7 +67,11 @@ class Listener : public testing::EmptyTestEventListener {
             ADD_FAILURE_AT(warning.file.c_str(), warning.line) << "unexpected debug warning: " << warning.function
                                                                << ": " << vorn::StringUtil::ToString(warning.message);
         }
+        FailOnLeaks();
     }
+
+    /// What a suite holds goes after its last test.
+    void OnTestSuiteEnd(const testing::TestSuite&) override { FailOnLeaks(); }
 };
 
 } // namespace

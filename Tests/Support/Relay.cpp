@@ -11,6 +11,7 @@
 #include <limits>
 #include <mutex>
 #include <stdexcept>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -100,6 +101,17 @@ public:
         m_lastBytes = answerBytes;
     }
 
+    void LoseAnswerTo(const std::string& text) {
+        const std::lock_guard lock(m_mutex);
+        m_lost = text;
+        m_hasLost = false;
+    }
+
+    bool HasLost() const {
+        const std::lock_guard lock(m_mutex);
+        return m_hasLost;
+    }
+
     std::size_t AnswerBytes(std::size_t connection) const {
         const std::lock_guard lock(m_mutex);
         return connection <= m_answered.size() ? m_answered[connection - 1] : 0;
@@ -141,15 +153,35 @@ private:
     }
 
     void PassBothWays(const Connection& connection, std::size_t number) {
+        bool isLost = false;
         for (;;) {
             std::array<pollfd, 2> ends{pollfd{connection.client.Get(), POLLIN, 0},
                                        pollfd{connection.target.Get(), POLLIN, 0}};
             poll(ends.data(), ends.size(), -1);
-            if (ends[0].revents != 0 && !PassOn(ends[0].fd, ends[1].fd, nullptr))
-                return;
+            if (ends[0].revents != 0) {
+                isLost = isLost || IsToBeLost(ends[0].fd);
+                if (!PassOn(ends[0].fd, ends[1].fd, nullptr))
+                    return;
+            }
+            if (ends[1].revents != 0 && isLost)
+                return SetLost();
             if (ends[1].revents != 0 && !PassOn(ends[1].fd, ends[0].fd, &number))
                 return;
         }
+    }
+
+    /// Looks at the line of the request that has come in, without taking it.
+    bool IsToBeLost(int from) const {
+        const std::lock_guard lock(m_mutex);
+        std::array<char, 400> head{};
+        const auto got = m_lost.empty() ? 0 : recv(from, head.data(), head.size(), MSG_PEEK);
+        const std::string_view bytes(head.data(), got > 0 ? static_cast<std::size_t>(got) : 0);
+        return !m_lost.empty() && bytes.substr(0, bytes.find('\r')).find(m_lost) != std::string_view::npos;
+    }
+    void SetLost() {
+        const std::lock_guard lock(m_mutex);
+        m_lost.clear();
+        m_hasLost = true;
     }
 
     /// Passes on what is there; of an answer no more than there is room for.
@@ -185,6 +217,8 @@ private:
     std::size_t m_last = std::numeric_limits<std::size_t>::max();
     std::size_t m_lastBytes = 0;
     std::vector<std::size_t> m_answered;
+    std::string m_lost; ///< in the line of the request whose answer is to be lost; empty for none
+    bool m_hasLost = false;
     std::vector<std::unique_ptr<Connection>> m_connections; ///< the accepting thread's, and the destructor's after it
     std::thread m_acceptor;
 };
@@ -199,6 +233,14 @@ std::wstring Relay::Address() const {
 
 void Relay::GoAway(std::size_t connection, std::size_t answerBytes) {
     m_impl->GoAway(connection, answerBytes);
+}
+
+void Relay::LoseAnswerTo(const std::string& text) {
+    m_impl->LoseAnswerTo(text);
+}
+
+bool Relay::HasLost() const {
+    return m_impl->HasLost();
 }
 
 std::size_t Relay::AnswerBytes(std::size_t connection) const {

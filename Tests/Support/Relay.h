@@ -22,6 +22,12 @@ public:
     /// and no further one is taken. Without bytes the request does not reach the target.
     void GoAway(std::size_t connection, std::size_t answerBytes);
 
+    /// Loses one answer: that to the next request whose line has this text. The request reaches the target, which does
+    /// what it is asked; then the connection is cut before the first byte of the answer. All others pass.
+    void LoseAnswerTo(const std::string& text);
+    /// Whether the answer that was to be lost is lost.
+    bool HasLost() const;
+
     /// Bytes that the target answered on a connection; 0 for one that was not made.
     std::size_t AnswerBytes(std::size_t connection) const;
 

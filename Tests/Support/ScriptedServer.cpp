@@ -78,11 +78,10 @@ RecordedRequest ParseHead(std::string_view head) {
     return request;
 }
 
-std::string Serialise(const ScriptedAnswer& answer) {
-    std::string text = "HTTP/1.1 " + std::to_string(answer.status) + " Scripted\r\n";
-    for (const auto& [name, value] : answer.headers)
-        text.append(name).append(": ").append(value).append("\r\n");
-    return text + "Content-Length: " + std::to_string(answer.body.size()) + "\r\n\r\n" + answer.body;
+/// What the peer has not read yet is thrown away.
+void SetReset(int fd) {
+    const linger atOnce{1, 0};
+    setsockopt(fd, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
 }
 
 int Listen() {
@@ -109,14 +108,6 @@ bool SendAll(int fd, std::string_view bytes) {
         if (sent <= 0)
             return false;
         bytes.remove_prefix(static_cast<std::size_t>(sent));
-    }
-    return true;
-}
-
-bool SendByteByByte(int fd, std::string_view bytes) {
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (!SendAll(fd, bytes.substr(i, 1)))
-            return false;
     }
     return true;
 }
@@ -169,6 +160,33 @@ ScriptedAnswer ScriptedAnswer::CutAfter(std::size_t bytes, std::string body) {
     ScriptedAnswer answer = Json(std::move(body));
     answer.cutAfter = bytes;
     return answer;
+}
+
+ScriptedAnswer ScriptedAnswer::Raw(std::string bytes) {
+    ScriptedAnswer answer;
+    answer.raw = std::move(bytes);
+    return answer;
+}
+
+ScriptedAnswer ScriptedAnswer::ResetAfter(std::size_t bytes, std::string body) {
+    ScriptedAnswer answer = CutAfter(bytes, std::move(body));
+    answer.reset = true;
+    return answer;
+}
+
+ScriptedAnswer ScriptedAnswer::With(const std::string& header, const std::string& value) const {
+    ScriptedAnswer answer = *this;
+    answer.headers.emplace_back(header, value);
+    return answer;
+}
+
+std::string ScriptedAnswer::Bytes() const {
+    if (raw)
+        return *raw;
+    std::string text = "HTTP/1.1 " + std::to_string(status) + " Scripted\r\n";
+    for (const auto& [name, value] : headers)
+        text.append(name).append(": ").append(value).append("\r\n");
+    return text + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 
 ScriptedAnswer ScriptedAnswer::WithStatus(int newStatus) const {
@@ -234,9 +252,25 @@ public:
             WaitFor(fd, POLLRDHUP, answer.never ? -1 : static_cast<int>(answer.delay.count()));
         if (answer.never)
             return false;
-        const auto bytes = Serialise(answer);
+        const auto bytes = answer.Bytes();
         const auto sent = std::string_view(bytes).substr(0, answer.cutAfter);
-        return (answer.byteByByte ? SendByteByByte(fd, sent) : SendAll(fd, sent)) && sent.size() == bytes.size();
+        if (answer.reset)
+            SetReset(fd);
+        const bool isSent = answer.byteByByte ? SendByteByByte(fd, sent, answer.pace) : SendAll(fd, sent);
+        if (answer.staysOpen)
+            WaitFor(fd, POLLRDHUP, -1);
+        return isSent && sent.size() == bytes.size() && !answer.reset && !answer.raw;
+    }
+
+    /// Ends when the peer is gone.
+    bool SendByteByByte(int fd, std::string_view bytes, std::chrono::milliseconds pace) const {
+        for (std::size_t i = 0; i < bytes.size(); ++i) {
+            if (!SendAll(fd, bytes.substr(i, 1)))
+                return false;
+            if (pace.count() > 0 && WaitFor(fd, POLLRDHUP, static_cast<int>(pace.count())))
+                return false;
+        }
+        return true;
     }
 
     bool Receive(int fd, std::string& pending) const {

@@ -37,6 +37,10 @@ struct ScriptedAnswer {
     std::size_t cutAfter = Whole;       ///< closes the connection after so many bytes of the answer
     bool never = false;                 ///< reads the request and stays silent
     bool byteByByte = false;            ///< sends each byte by itself
+    std::chrono::milliseconds pace{0};  ///< waits so long behind each byte, where they are sent by themselves
+    bool reset = false;                 ///< ends the connection behind the answer with a reset
+    std::optional<std::string> raw;     ///< sends these bytes for status, headers and body, and ends the connection
+    bool staysOpen = false;             ///< leaves the connection open, silent, until the peer ends it
 
     /// 200 and application/json with this body.
     static ScriptedAnswer Json(std::string body);
@@ -48,9 +52,17 @@ struct ScriptedAnswer {
     static ScriptedAnswer Redirect(const std::string& location);
     static ScriptedAnswer Silence();
     static ScriptedAnswer CutAfter(std::size_t bytes, std::string body);
+    /// These bytes and no other.
+    static ScriptedAnswer Raw(std::string bytes);
+    /// The connection is reset behind so many bytes of an answer with this body.
+    static ScriptedAnswer ResetAfter(std::size_t bytes, std::string body);
 
     ScriptedAnswer WithStatus(int newStatus) const;
     ScriptedAnswer WithoutContentType() const;
+    ScriptedAnswer With(const std::string& header, const std::string& value) const;
+
+    /// Every byte of it, as it would go over the wire.
+    std::string Bytes() const;
 };
 
 /// An HTTP server on 127.0.0.1 and a port that the system picks, which records what it is asked and answers what the

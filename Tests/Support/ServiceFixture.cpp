@@ -3,10 +3,14 @@
 #include "Host/Session.h"
 #include "Service/ProjectFile.h"
 #include "Service/Service.h"
+#include "Support/Canary.h"
 #include "Vorn/Text.h"
+
+#include <sqlite3.h>
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <stdexcept>
 #include <thread>
 
@@ -18,6 +22,15 @@ namespace {
 
 /// Few rounds of the key derivation: tests sign in often.
 constexpr int kRounds = 10;
+
+void Run(const std::wstring& path, const std::string& sql) {
+    sqlite3* database = nullptr;
+    const bool done = sqlite3_open(vorn::StringUtil::ToString(path).c_str(), &database) == SQLITE_OK &&
+                      sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(database);
+    if (!done)
+        throw std::runtime_error("the database does not do " + sql);
+}
 
 } // namespace
 
@@ -36,6 +49,7 @@ struct ServiceFixture::Running {
 ServiceFixture::ServiceFixture() : m_seconds(std::make_shared<std::atomic<long long>>(1'000'000)) {
     Restart();
     AddUser("anna", "anna's secret");
+    WatchForSecret("anna's secret");
 }
 
 ServiceFixture::~ServiceFixture() = default;
@@ -43,6 +57,19 @@ ServiceFixture::~ServiceFixture() = default;
 void ServiceFixture::Restart() {
     m_running.reset();
     m_running = std::make_unique<Running>(vorn::StringUtil::ToString(m_folder.File(L"service.db")), m_seconds);
+}
+
+void ServiceFixture::BackUp(const std::wstring& path) {
+    Run(DatabasePath(), "VACUUM INTO '" + vorn::StringUtil::ToString(path) + "'");
+}
+
+void ServiceFixture::SetBackTo(const std::wstring& path) {
+    m_running.reset();
+    const auto database = vorn::StringUtil::ToString(DatabasePath());
+    for (const char* const beside : {"", "-wal", "-shm"})
+        std::filesystem::remove(database + beside);
+    std::filesystem::copy_file(vorn::StringUtil::ToString(path), database);
+    Restart();
 }
 
 service::Service& ServiceFixture::Service() {
@@ -98,6 +125,7 @@ std::string ServiceFixture::SignIn(const std::string& userId, const std::string&
     const auto token = Service().Users().SignIn(userId, secret);
     if (!token)
         throw std::runtime_error("the sign-in was refused");
+    WatchForSecret(*token);
     return *token;
 }
 

@@ -38,6 +38,9 @@ public:
     std::string Tables(const std::string& projectId);
     void SetTemplate(const std::string& templateId, const std::string& projectId);
 
+    /// The SQLite file that the service keeps its rows in.
+    std::wstring DatabasePath() const { return m_folder.File(L"service.db"); }
+
     void AddUser(const std::string& userId, const std::string& secret);
     /// A fresh token of a user.
     std::string SignIn(const std::string& userId = "anna", const std::string& secret = "anna's secret");
@@ -48,6 +51,10 @@ public:
     void PassSeconds(long long seconds);
     /// Ends the service and starts it again over the same database, on another port.
     void Restart();
+    /// Writes a copy of the database, as an operator keeps one.
+    void BackUp(const std::wstring& path);
+    /// Ends the service, puts a copy of the database in place, and starts it again.
+    void SetBackTo(const std::wstring& path);
 
     tolm::service::Service& Service();
 

@@ -1,5 +1,6 @@
 #include "Support/TempFolder.h"
 
+#include "Support/Canary.h"
 #include "Vorn/Text.h"
 
 #include <cstdlib>
@@ -17,7 +18,9 @@ TempFolder::TempFolder() {
 
 TempFolder::~TempFolder() {
     std::error_code ignored;
-    std::filesystem::remove_all(vorn::StringUtil::ToString(m_path), ignored);
+    const std::string path = vorn::StringUtil::ToString(m_path);
+    SearchFolderForSecrets(path);
+    std::filesystem::remove_all(path, ignored);
 }
 
 } // namespace tolmtest

@@ -4,6 +4,7 @@
 #include "Support/ChildProcess.h"
 #include "Vorn/Text.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 
@@ -34,8 +35,17 @@ protected:
     /// The dataset must be as it was or as it is to be; from then on it stays so.
     void ExpectOldOrNew(const std::string& where) {
         const Facts facts = DatasetFacts(path);
-        if (facts != m_after) {
+        if (facts != m_after && std::ranges::find(m_between, facts) == m_between.end()) {
             EXPECT_TRUE(Same(m_before, facts)) << where;
+        }
+    }
+
+    /// The states that the operation passes through by design.
+    void PlayStages(const FolderContent& start) {
+        start.PutBack();
+        for (const char* const stage : GetParam().stages) {
+            ASSERT_EQ(Run(stage, 0, "kept", 0), 0) << stage;
+            m_between.push_back(DatasetFacts(path));
         }
     }
 
@@ -55,13 +65,17 @@ protected:
         }
         ++m_points;
         wreck.PutBack();
-        const bool old = DatasetFacts(path) == m_before;
-        EXPECT_EQ(Run(GetParam().name, 0, unsynced, seed), old || GetParam().mayBeRepeated ? 0 : 1) << where;
-        EXPECT_TRUE(Same(m_after, DatasetFacts(path))) << where;
+        const Facts left = DatasetFacts(path);
+        EXPECT_EQ(Run(GetParam().name, 0, unsynced, seed), left == m_before || GetParam().mayBeRepeated ? 0 : 1)
+            << where;
+        const Facts facts = DatasetFacts(path);
+        const bool stays = GetParam().mayStay && facts == left && left != m_before;
+        EXPECT_TRUE(stays || Same(m_after, facts)) << where;
     }
 
     Facts m_before;
     Facts m_after;
+    std::vector<Facts> m_between;
     long m_changes = 0;
     long m_points = 0;
 };
@@ -71,8 +85,9 @@ TEST_P(PowerCuts, LeaveTheOldOrTheNew) {
     m_before = DatasetFacts(path);
     ASSERT_EQ(Run(GetParam().name, 0, "kept", 0), 0);
     const long changes = m_changes;
-    ASSERT_GT(changes, 3);
+    ASSERT_GT(changes, 0);
     m_after = DatasetFacts(path);
+    PlayStages(start);
     for (long change = 1; change <= changes && !HasFailure(); change += Stride()) {
         for (const char* const unsynced : {"kept", "dropped", "torn"})
             CutOnce(start, change, unsynced, change);

@@ -13,9 +13,20 @@ TEST_P(StoreFaults, LeaveTheOldOrTheNewAndAreTold) {
     Prepare(GetParam());
     FaultLoop loop(folder.Path(), path, [this] { return Run(GetParam().name); });
     for (const wchar_t* text : {L"复制文件失败 exception", L"删除文件失败 exception", L"ducplicateFilesSucc为false",
-                                L"覆盖文件失败", L"此条目没有name字段: "})
+                                L"覆盖文件失败", L"此条目没有name字段: ", L"fetchNextRec 失败", L"RemoveFile 失败",
+                                L"mergeSucc 失败", L"bSucc 失败", L"getCloudDataSucc 为false"})
         loop.MayWarnOf(text);
-    if (std::string_view(GetParam().name) == "merge")
+    std::vector<const char*> stages;
+    for (const char* const stage : GetParam().stages) {
+        stages.push_back(stage);
+        loop.MayStopAt([&] {
+            for (const char* const each : stages)
+                EXPECT_TRUE(Run(each)) << each;
+        });
+    }
+    if (GetParam().mayStay)
+        loop.MayStay();
+    if (const std::string_view name = GetParam().name; name == "merge" || name == "synchronise")
         loop.TryOneOf(17);
     loop.Run();
     std::cout << loop.Runs() << " faults\n";

@@ -170,3 +170,32 @@ TEST_F(TwoUsers, AFirstMergeWhoseUploadIsCrossedKeepsNothingThatOthersRemove) {
     BenSyncs();
     EXPECT_EQ(Settings(dataset), Settings(m_ben));
 }
+
+TEST_F(TwoUsers, AFirstMergeBehindWhichTheVersionIsLostIsGoneOnWith) {
+    const std::string dataset = vorn::StringUtil::ToString(m_folder.File(L"fresh.db"));
+    Make(dataset, m_wire.Address(), "tower", "anna");
+    Expect(Tolm({"add", dataset, "material", "--kind", "plumbing-pipe", "--name", "Zinc"}));
+    m_wire.Before("/api/DownloadVersion/", [&] { m_wire.LoseAnswer("/api/GetVersion/"); });
+    const auto json = Synced(On(dataset, "sync", {"--json"}));
+    EXPECT_EQ(json.at("attempts"), 2);
+    EXPECT_EQ(json.at("result"), "pushed");
+    BenSyncs();
+    EXPECT_EQ(Settings(dataset), Settings(m_ben));
+}
+
+TEST_F(TwoUsers, AMergeThatFailsSaysHowFarItCame) {
+    m_service.Apply("tower", kRenameBrass);
+    Expect(Anna("edit", {"material", "m1", "--name", "Black steel"}));
+    m_wire.LoseAnswer("/api/DownloadVersion/");
+    EXPECT_TRUE(Contains(Anna("sync", {"--attempts", "1"}).err, "nothing was merged"));
+    m_wire.Before("/api/DownloadVersion/", [&] { m_wire.LoseAnswer("/api/GetVersion/"); });
+    EXPECT_TRUE(Contains(Anna("sync", {"--attempts", "1"}).err, "merged, but the service did not tell its version"));
+    m_wire.Answer("/api/UpLoad/", 200, kCrossed);
+    EXPECT_TRUE(Contains(Anna("sync", {"--attempts", "1"}).err, "merged, but nothing was sent: somebody else"));
+    m_wire.Before("/api/UpLoad/", [&] { m_wire.LoseAnswer("/api/GetVersion/"); });
+    EXPECT_TRUE(Contains(Anna("sync", {"--attempts", "1"}).err, "merged and sent, but the new version could not be"));
+    EXPECT_EQ(ChangesOf(m_anna), 0U);
+    EXPECT_EQ(AnnaSyncs().at("result"), "pulled");
+    BenSyncs();
+    ExpectTheSameSettings();
+}

@@ -128,13 +128,44 @@ TEST_F(TwoUsers, ACloudBehindTheDatasetIsAClearErrorAndNothingIsLost) {
     EXPECT_EQ(m_service.Version("tower"), 1);
 }
 
-TEST_F(TwoUsers, DiscardPutsACloudThatIsBehindInPlaceOfTheDataset) {
+/// Another program synchronised the dataset between the two halves of a comparison.
+TEST_F(TwoUsers, ACloudThatSeemsBehindForAMomentIsAskedAgain) {
+    Expect(Anna("edit", {"material", "m2", "--name", "Red brass"}));
+    Expect(Anna("sync"));
+    m_wire.Answer("/api/GetVersion/", 200, R"({"code":"10000","data":1})");
+    const auto run = Anna("sync");
+    EXPECT_EQ(run.code, Done) << run.err;
+    EXPECT_TRUE(Contains(run.out, "the cloud moved on during the comparison")) << run.out;
+    EXPECT_EQ(VersionOf(m_anna), 2);
+}
+
+TEST_F(TwoUsers, DiscardPutsACloudThatIsBehindInPlaceOfTheDatasetAndKeepsThatBesideIt) {
+    Expect(Anna("edit", {"material", "m2", "--name", "Red brass"}));
     SetLocalVersion(m_anna, 9);
     EXPECT_EQ(Anna("sync").code, Refused);
+    const auto before = Settings(m_anna);
     const auto run = Anna("pull", {"--discard"});
     EXPECT_EQ(run.code, Done) << run.err;
     EXPECT_EQ(VersionOf(m_anna), 1);
+    EXPECT_EQ(ChangesOf(m_anna), 0U);
     ExpectTheSameSettings();
+    const auto kept = vorn::StringUtil::ToString(m_folder.File(L"anna_discarded.db"));
+    EXPECT_TRUE(Contains(run.out, "The dataset as it was is kept in " + kept)) << run.out;
+    EXPECT_EQ(Settings(kept), before);
+    EXPECT_EQ(ChangesOf(kept), 1U);
+}
+
+TEST_F(TwoUsers, ADiscardThatCannotBeDownloadedLeavesTheDatasetAndItsChanges) {
+    Expect(Anna("edit", {"material", "m2", "--name", "Red brass"}));
+    SetLocalVersion(m_anna, 9);
+    const auto before = Settings(m_anna);
+    m_wire.LoseAnswer("/api/DownloadVersion/");
+    const auto run = Anna("pull", {"--discard"});
+    EXPECT_NE(run.code, Done);
+    EXPECT_TRUE(Contains(run.err, "the dataset is as it was")) << run.err;
+    EXPECT_EQ(Settings(m_anna), before);
+    EXPECT_EQ(ChangesOf(m_anna), 1U);
+    EXPECT_EQ(VersionOf(m_anna), 9);
 }
 
 TEST_F(TwoUsers, AFirstSyncWithOwnSettingsKeepsThemBesideTheClouds) {

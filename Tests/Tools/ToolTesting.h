@@ -2,6 +2,7 @@
 
 #include "Host/Definitions.h"
 #include "Qbase/Qbase.h"
+#include "Support/Canary.h"
 #include "Support/ServiceFixture.h"
 #include "Support/TempFolder.h"
 #include "Tolm/Commands.h"
@@ -14,6 +15,7 @@
 #include <cstdlib>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tolmtest {
@@ -38,6 +40,8 @@ inline ToolRun Tolm(const std::vector<std::string>& arguments) {
     run.code = tolmcli::RunCommandLine(static_cast<int>(argv.size()), argv.data(), out, err);
     run.out = out.str();
     run.err = err.str();
+    SearchForSecrets("the output of the command", std::string_view(run.out));
+    SearchForSecrets("what the command says of errors", std::string_view(run.err));
     return run;
 }
 

@@ -37,12 +37,38 @@ constexpr std::array kRefusals{
                  "the service does not take these changes"},
 };
 
-const RefusalWords* RefusalIn(const std::vector<std::string>& messages) {
+/// What it tells when the service took an upload, and when it did not tell its version.
+constexpr const char* kSent = "修改专业配置成功！";
+constexpr const char* kNoVersion = "获取云端配置版本失败！";
+
+using Messages = std::vector<std::string>;
+
+bool Holds(const Messages& messages, const char* message) {
+    return std::find(messages.begin(), messages.end(), message) != messages.end();
+}
+
+const RefusalWords* RefusalIn(const Messages& messages) {
     for (const RefusalWords& words : kRefusals) {
-        if (std::find(messages.begin(), messages.end(), words.message) != messages.end())
+        if (Holds(messages, words.message))
             return &words;
     }
     return nullptr;
+}
+
+/// How far a merge came that failed. The version is asked for, and an upload tried, after a merge alone.
+struct MergeEnd {
+    bool merged;
+    const char* words;
+};
+
+MergeEnd EndOfMerge(const Messages& messages) {
+    if (Holds(messages, kSent))
+        return {true, "merged and sent, but the new version could not be noted"};
+    if (RefusalIn(messages) != nullptr)
+        return {true, "merged, but nothing was sent"};
+    if (Holds(messages, kNoVersion))
+        return {true, "merged, but the service did not tell its version"};
+    return {false, "nothing was merged"};
 }
 
 std::string WithLines(std::string text, const std::vector<std::string>& lines) {
@@ -85,9 +111,14 @@ StepResult AfterFailure(Workplace& place, const std::string& what) {
     return AfterFailure(place, RefusalIn(place.Heard().TakeMessages()), what);
 }
 
-/// The service tells whoever sent changes first of the version that these made.
-StepResult StampVersion(Workplace& place, const std::wstring& project, const char* word) {
-    const int version = place.Dataset().GetCloudVersion(project);
+/// The service tells whoever sent changes first of the version that these made. A higher one is told where another
+/// program sent this dataset's changes and others followed: of those nothing is here.
+StepResult StampVersion(Workplace& place, const Comparison& comparison, const char* word) {
+    const int version = place.Dataset().GetCloudVersion(comparison.project);
+    if (comparison.cloud >= 1 && version > comparison.cloud + 1)
+        return {false, "", "another program sent the changes, and the cloud moved on"};
+    if (TakeSnapshot(place.Path()).version > comparison.local)
+        return {false, "", "another program synchronised the dataset meanwhile"};
     if (version < 1 || !place.Dataset().SetLocalVersion(version))
         return AfterFailure(place, nullptr, "the changes were sent, but the new version could not be noted");
     return {true, word, ""};
@@ -131,11 +162,12 @@ StepResult Push(Workplace& place, const Comparison& comparison) {
     if (!place.Dataset().SendModifiedDataToCloud(true, &progress))
         return AfterFailure(place, "nothing was sent");
     progress.ReportProgress(100.0);
-    return StampVersion(place, comparison.project, "pushed");
+    return StampVersion(place, comparison, "pushed");
 }
 
 StepResult Merge(Workplace& place, const Comparison& comparison) {
     ProgressBar progress("Merging");
+    place.Heard().TakeMessages(); // those of an earlier step say nothing of this one
     int cloud = comparison.cloud;
     int local = comparison.local;
     if (place.Dataset().MergeDataAndSendModifiedData(comparison.project, &progress, cloud, local)) {
@@ -143,12 +175,13 @@ StepResult Merge(Workplace& place, const Comparison& comparison) {
         progress.ReportProgress(100.0);
         return {true, "merged", ""};
     }
-    const RefusalWords* refusal = RefusalIn(place.Heard().TakeMessages());
-    // An upload is tried after a merge alone, so that the dataset holds the cloud's version then. A dataset without a
-    // version would load everything again and keep what others remove meanwhile.
-    if (refusal != nullptr && comparison.local <= 0)
+    const Messages messages = place.Heard().TakeMessages();
+    const MergeEnd end = EndOfMerge(messages);
+    // The dataset holds the cloud's version then. Without a version it would load everything again and keep what
+    // others remove meanwhile, or be refused for the changes that are left.
+    if (end.merged && comparison.local <= 0)
         place.Dataset().SetLocalVersion(cloud);
-    return AfterFailure(place, refusal, refusal != nullptr ? "merged, but nothing was sent" : "nothing was merged");
+    return AfterFailure(place, RefusalIn(messages), end.words);
 }
 
 void FillFromTemplate(Workplace& place, const Comparison& comparison) {

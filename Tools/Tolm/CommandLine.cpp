@@ -60,6 +60,10 @@ void AddRecordOptions(CLI::App& app, Options& options) {
     app.add_option("--row", options.addRows,
                    "Row to add: DN,OD,ID,Thickness or Size,Thickness or area,current,temperature; may be repeated")
         ->allow_extra_args(false);
+    app.add_option("--set", options.setMembers,
+                   "Member of a template, method or product as MEMBER=VALUE, the members being those that 'tolm show "
+                   "--json' tells; may be repeated")
+        ->allow_extra_args(false);
 }
 
 void AddNothing(CLI::App&, Options&) {}
@@ -102,15 +106,13 @@ void AddAvailableOptions(CLI::App& app, Options& options) {
 }
 
 void AddAddOptions(CLI::App& app, Options& options) {
-    AddWhat(app, options, {"material", "size"});
+    AddWhat(app, options, EditableWords());
     AddKind(app, options);
-    app.get_option("--kind")->required();
     AddRecordOptions(app, options);
-    app.get_option("--name")->required();
 }
 
 void AddEditOptions(CLI::App& app, Options& options) {
-    AddWhat(app, options, {"material", "size"});
+    AddWhat(app, options, EditableWords());
     AddNames(app, options, 1);
     AddKind(app, options);
     AddRecordOptions(app, options);
@@ -131,7 +133,7 @@ void AddImportOptions(CLI::App& app, Options& options) {
 }
 
 void AddFileOptions(CLI::App& app, Options& options) {
-    AddWhat(app, options, ExchangedWords(true));
+    AddWhat(app, options, ExchangedWords(true, false));
     app.add_option("file", options.file, "JSON file of the records")->required();
 }
 
@@ -155,7 +157,7 @@ constexpr Command kCommands[] = {
     {"push", "Send the local changes to a cloud that has not moved on", "tolm push office.db", RunPush, AddNothing},
     {"merge", "Merge the cloud's changes with the local ones, and send what remains", "tolm merge office.db", RunMerge,
      AddNothing},
-    {"list", "List materials, sizes, series, groups, systems, connections, templates, methods or products",
+    {"list", "List materials, sizes, series, groups, systems, connections, templates, methods, products or components",
      "tolm list office.db sizes --kind plumbing-pipe", RunList, AddListOptions},
     {"show", "Show one record with all that it holds",
      "tolm show office.db size \"Copper tube\"\n  tolm show office.db series \"Copper, pressed\"", RunShow,
@@ -174,24 +176,31 @@ constexpr Command kCommands[] = {
      "(indexes over other attributes, free pages) is not looked at. Exit code 0 when healthy, 1 with findings.",
      RunDoctor, AddNothing},
     {"changes", "Show the local changes that the cloud has not seen", "tolm changes office.db", RunChanges, AddNothing},
-    {"add", "Add a material or a size table",
+    {"add", "Add a material, a size table, a circuit template, a design method or a combined product",
      "tolm add office.db material --kind plumbing-pipe --name \"Stainless steel\"\n"
      "  tolm add office.db size --kind plumbing-pipe --name \"Stainless DN15-20\" --material \"Stainless steel\"\n"
-     "       --roughness 0.0015 --row 15,18,16,1 --row 20,22,19.6,1.2",
+     "       --roughness 0.0015 --row 15,18,16,1 --row 20,22,19.6,1.2\n"
+     "  tolm add office.db template --set systemTypeId=lighting --set wireSpec=4 --set conduitDN=20\n"
+     "  tolm add office.db sizing --name \"Equal friction\" --set code=EF --set 'steps=[[1, 0.5, 2.5]]'\n"
+     "  tolm add office.db product --name \"Meter set\" --set category=16353515 --set spacing=300\n"
+     "       --set 'components=[{\"category\": \"16353020\", \"component\": \"meter\"}]'",
      RunAdd, AddAddOptions},
-    {"edit", "Change a material or a size table",
-     "tolm edit office.db size \"Stainless DN15-20\" --remove-row 1 --row 25,28,25.6,1.2", RunEdit, AddEditOptions},
+    {"edit", "Change a material, a size table, a circuit template, a design method or a combined product",
+     "tolm edit office.db size \"Stainless DN15-20\" --remove-row 1 --row 25,28,25.6,1.2\n"
+     "  tolm edit office.db template \"Lighting\" --set wireSpec=6",
+     RunEdit, AddEditOptions},
     {"delete", "Delete materials, size tables, series or groups that nothing uses, or any other record",
      "tolm delete office.db size \"Stainless DN15-20\"\n"
      "  tolm delete office.db series \"Copper, pressed\" \"Copper, soldered\"\n"
      "  tolm delete office.db group \"Cold water\" --force",
      RunDelete, AddDeleteOptions},
-    {"export", "Write circuit templates, insulation series, sizing methods or combined products to a file",
+    {"export", "Write circuit templates, design methods or combined products to a file",
      "tolm export office.db templates templates.json", RunExport, AddFileOptions},
     {"import", "Add or change what a file holds; templates and products go to the service at once",
      "tolm import office.db templates templates.json\n\n"
-     "A record whose id stands is changed, any other is added. Without a service it stays in the dataset. A balancing\n"
-     "method that is stored here has no discipline by which it could be listed: there is no word for them.",
+     "A record whose id stands is changed, any other is added. Without a service it stays in the dataset. The\n"
+     "discipline of a balancing method is told and not stored, so that a host, which lists them by it, does not see\n"
+     "the methods that are made here.",
      RunImport, AddFileOptions},
     {"import-components", "Fill the dataset's component database from a file",
      "tolm import-components office.db components.json", RunImportComponents, AddImportOptions},

@@ -6,6 +6,7 @@
 #include "Tolm/Workplace.h"
 
 #include "Qbase/Qbase.h"
+#include "Vorn/Files.h"
 #include "Vorn/Text.h"
 
 #include <nlohmann/json.hpp>
@@ -18,10 +19,51 @@ namespace {
 using tolm::CompareVersionResult;
 using vorn::StringUtil;
 
+/// The dataset as it was before its changes were discarded: a dataset beside it, with these changes noted.
+class KeptDataset {
+public:
+    explicit KeptDataset(const std::wstring& path) : m_path(path), m_kept(PathOf(path)) {
+        if (!Copy(m_path, m_kept))
+            throw Failure("the dataset cannot be copied to " + Name() + "; nothing was pulled");
+    }
+
+    std::string Name() const { return StringUtil::ToString(m_kept); }
+    bool PutBack() const { return Copy(m_kept, m_path); }
+
+private:
+    static std::wstring PathOf(const std::wstring& path) {
+        const auto point = path.rfind(L'.');
+        return path.substr(0, point) + L"_discarded" + path.substr(point);
+    }
+    static bool Copy(const std::wstring& from, const std::wstring& to) {
+        if (!CQbase::removeStore(StatusPath(to)) || !CQbase::copyStore(from, to))
+            return false;
+        return !vorn::FileInfo(StatusPath(from)).Exists() || CQbase::copyStore(StatusPath(from), StatusPath(to));
+    }
+
+    std::wstring m_path;
+    std::wstring m_kept;
+};
+
+bool PullNow(Workplace& place) {
+    ProgressBar progress("Pulling");
+    const bool pulled = place.Dataset().SyncDataFromCloud(true, &progress, nullptr);
+    if (pulled)
+        progress.ReportProgress(100.0);
+    return pulled;
+}
+
 /// Local changes are thrown away by loading the project whole: what was only edited here would otherwise stay.
-void PrepareToDiscard(Workplace& place) {
+void PullDiscarding(Workplace& place, Context& context) {
+    const KeptDataset before(place.Path());
     if (!place.Dataset().SetLocalVersion(0))
         FailWithMessages(place, "the dataset cannot be written");
+    if (!PullNow(place))
+        FailWithMessages(place, before.PutBack() ? "nothing was pulled; the dataset is as it was"
+                                                 : "nothing was pulled; the dataset as it was is in " + before.Name());
+    if (!CQbase::removeStore(StatusPath(place.Path())))
+        throw Failure("the project was pulled, but the noted changes could not be removed");
+    context.out << "The dataset as it was is kept in " << before.Name() << '\n';
 }
 
 } // namespace
@@ -69,15 +111,9 @@ void RunPull(const Options& options, Context& context) {
         return;
     }
     if (discarding)
-        PrepareToDiscard(place);
-    {
-        ProgressBar progress("Pulling");
-        if (!place.Dataset().SyncDataFromCloud(true, &progress, nullptr))
-            FailWithMessages(place, "nothing was pulled");
-        progress.ReportProgress(100.0);
-    }
-    if (discarding && !CQbase::removeStore(StatusPath(place.Path())))
-        throw Failure("the project was pulled, but the noted changes could not be removed");
+        PullDiscarding(place, context);
+    else if (!PullNow(place))
+        FailWithMessages(place, "nothing was pulled");
     for (const auto& fault : place.Heard().TakeFaults())
         context.out << "not applied: " << fault << '\n';
     PrintMessages(place, context.out);

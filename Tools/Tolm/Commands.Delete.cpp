@@ -142,7 +142,7 @@ std::vector<std::string> DeletableWords() {
     words.reserve(kDeletables.size());
     for (const Deletable& deletable : kDeletables)
         words.emplace_back(deletable.word);
-    const auto exchanged = ExchangedWords(false);
+    const auto exchanged = ExchangedWords(false, false);
     words.insert(words.end(), exchanged.begin(), exchanged.end());
     return words;
 }

@@ -197,10 +197,27 @@ template <class Record> void Report(Context& context, const char* done, const Re
                     << StringUtil::ToString(record.GetId()) << ")\n";
 }
 
+void RefuseMembers(const Options& options) {
+    if (!options.setMembers.empty())
+        throw Failure("--set means nothing to a " + options.what + ": it has options of its own", Misused);
+}
+
 } // namespace
 
+std::vector<std::string> EditableWords() {
+    std::vector<std::string> words{"material", "size"};
+    const auto exchanged = ExchangedWords(false, false);
+    words.insert(words.end(), exchanged.begin(), exchanged.end());
+    return words;
+}
+
 void RunAdd(const Options& options, Context& context) {
+    if (AddExchanged(options, context))
+        return;
+    RefuseMembers(options);
     Workplace place(StringUtil::ToWString(options.dataset));
+    if (options.kind.empty())
+        throw Failure("a new " + options.what + " needs a --kind", Misused);
     const Kind& kind = KindOf(options.kind);
     if (!options.name)
         throw Failure("a new " + options.what + " needs a --name", Misused);
@@ -228,6 +245,9 @@ void RunAdd(const Options& options, Context& context) {
 }
 
 void RunEdit(const Options& options, Context& context) {
+    if (EditExchanged(options, context))
+        return;
+    RefuseMembers(options);
     Workplace place(StringUtil::ToWString(options.dataset));
     if (options.what == "material") {
         const MaterialPtr material =

@@ -166,7 +166,7 @@ std::vector<std::string> Words(const char* Readable::*word) {
     words.reserve(kReadables.size());
     for (const Readable& readable : kReadables)
         words.emplace_back(readable.*word);
-    const auto exchanged = ExchangedWords(word == &Readable::many);
+    const auto exchanged = ExchangedWords(word == &Readable::many, true);
     words.insert(words.end(), exchanged.begin(), exchanged.end());
     return words;
 }

@@ -72,15 +72,18 @@ StepResult MergeStep(CloudRun& run, const Comparison& comparison) {
     return Merge(run.place, comparison);
 }
 
-/// A service that is silent may answer in a moment; one that knows less than the dataset will not know more.
+/// A service that is silent may answer in a moment; one that knows less than the dataset will not know more, unless
+/// another program synchronised the dataset in the middle of the comparison.
 StepResult TellWhyNotComparable(CloudRun& run, const Comparison& comparison) {
     if (comparison.cloud < 1)
         return {false, "", WithMessages(run.place, "the service did not tell its version")};
+    if (Compare(run.place).result != CompareVersionResult::NotComparable)
+        return {false, "", "the cloud moved on during the comparison"};
     throw Failure("the cloud stands at version " + std::to_string(comparison.cloud) + ", below this dataset's " +
                       std::to_string(comparison.local) +
                       ": the service was set back to an older state, or is another one. Nothing was changed, neither "
-                      "here nor there. 'tolm pull --discard' puts the cloud's state in place of the dataset's; keep a "
-                      "copy of the dataset first.",
+                      "here nor there. 'tolm pull --discard' puts the cloud's state in place of the dataset's, which "
+                      "is kept in a file beside it.",
                   Refused);
 }
 

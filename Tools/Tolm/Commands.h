@@ -48,6 +48,7 @@ struct Options {
     std::vector<std::string> addRows;
     std::vector<int> removeRows;
     bool clearRows = false;
+    std::vector<std::string> setMembers; ///< MEMBER=VALUE
 };
 
 /// Each command throws Failure when it cannot do its work.
@@ -72,16 +73,19 @@ void RunImportComponents(const Options& options, Context& context);
 void RunExport(const Options& options, Context& context);
 void RunImport(const Options& options, Context& context);
 
-// The same kinds in `list`, `show` and `delete`. False for other words.
+// The same kinds in `list`, `show`, `add`, `edit` and `delete`. False for other words.
+bool AddExchanged(const Options& options, Context& context);
+bool EditExchanged(const Options& options, Context& context);
 bool ListExchanged(const Options& options, Context& context);
 bool ShowExchanged(const Options& options, Context& context);
 bool DeleteExchanged(const Options& options, Context& context);
-/// Their words for many or for one.
-std::vector<std::string> ExchangedWords(bool many);
+/// Their words for many or for one, with those of what is only read if `readOnlyToo`.
+std::vector<std::string> ExchangedWords(bool many, bool readOnlyToo);
 
-/// What `list`, `show` and `delete` take.
+/// What `list`, `show`, `add`, `edit` and `delete` take.
 std::vector<std::string> ListableWords();
 std::vector<std::string> ShowableWords();
+std::vector<std::string> EditableWords();
 std::vector<std::string> DeletableWords();
 
 /// Runs the command that the arguments name and returns its exit code.

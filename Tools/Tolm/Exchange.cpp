@@ -1,9 +1,12 @@
 #include "Tolm/Exchange.h"
 
+#include "Tolm/BalancingMethods.h"
+#include "Tolm/Components.h"
 #include "Tolm/JsonFields.h"
 
 #include "Host/Components.h"
 #include "Host/Session.h"
+#include "Vorn/Guid.h"
 
 #include <algorithm>
 #include <array>
@@ -72,7 +75,7 @@ constexpr JsonField<Template> kTemplate[] = {
 std::int16_t Short(const Json& value) {
     const auto number = jsonfield::Whole(value);
     if (number < std::numeric_limits<std::int16_t>::min() || number > std::numeric_limits<std::int16_t>::max())
-        throw Failure("a size is a number of 16 bits, not " + value.dump());
+        throw Failure("a number of 16 bits is wanted, not " + value.dump());
     return static_cast<std::int16_t>(number);
 }
 
@@ -130,6 +133,29 @@ constexpr JsonField<Sizing> kSizing[] = {
     jsonfield::Flag<Sizing, &Sizing::GetUseStaticRegain, &Sizing::SetUseStaticRegain>("useStaticRegain"),
     jsonfield::Real<Sizing, &Sizing::GetMinWPerHRatio, &Sizing::SetMinWPerHRatio>("minWidthPerHeight"),
     {"steps", &StepsOf, &SetSteps},
+};
+
+using Balancing = tolm::DataSetBalancingMethod;
+
+/// The store keeps no discipline of what is written here; one that came from elsewhere is told.
+constexpr JsonField<Balancing> kBalancing[] = {
+    jsonfield::Text<Balancing, &Balancing::GetId, &Balancing::SetId>("id"),
+    jsonfield::Text<Balancing, &Balancing::GetName, &Balancing::SetName>("name"),
+    jsonfield::Text<Balancing, &Balancing::GetDesc, &Balancing::SetDesc>("description"),
+    {"discipline", [](const Balancing& method) { return Json(static_cast<int>(method.disciplineId())); }, nullptr},
+    jsonfield::Real<Balancing, &Balancing::GetDev1DpMin, &Balancing::SetDev1Min>("device1PressureMin"),
+    jsonfield::Real<Balancing, &Balancing::GetDev1DpMax, &Balancing::SetDev1Max>("device1PressureMax"),
+    jsonfield::Real<Balancing, &Balancing::GetDev2DpMin, &Balancing::SetDev2Min>("device2PressureMin"),
+    jsonfield::Real<Balancing, &Balancing::GetDev2DpMax, &Balancing::SetDev2Max>("device2PressureMax"),
+    {"throttling1Min", [](const Balancing& method) { return Json(method.GetThrottlingLimit1Min()); },
+     [](Balancing& method, const Json& value) { method.SetThrottlingLimit1Min(Short(value)); }},
+    {"throttling1Max", [](const Balancing& method) { return Json(method.GetThrottlingLimit1Max()); },
+     [](Balancing& method, const Json& value) { method.SetThrottlingLimit1Max(Short(value)); }},
+    {"throttling2Min", [](const Balancing& method) { return Json(method.GetThrottlingLimit2Min()); },
+     [](Balancing& method, const Json& value) { method.SetThrottlingLimit2Min(Short(value)); }},
+    {"throttling2Max", [](const Balancing& method) { return Json(method.GetThrottlingLimit2Max()); },
+     [](Balancing& method, const Json& value) { method.SetThrottlingLimit2Max(Short(value)); }},
+    jsonfield::Flag<Balancing, &Balancing::GetIsWarningNearRoot, &Balancing::SetIsWarningNearRoot>("warningNearRoot"),
 };
 
 constexpr JsonField<Reference> kReference[] = {
@@ -275,6 +301,13 @@ Json ReadSizing(Workplace& place) {
     return list;
 }
 
+Json ReadBalancing(Workplace& place) {
+    Json list = Json::array();
+    for (const auto& method : ReadBalancingMethods(place.Path()))
+        list.push_back(ToJson(method, kBalancing));
+    return list;
+}
+
 template <class Method, const auto& Fields, bool (tolm::TolmBaseDesignData::*Add)(const Method&)>
 void WriteMethods(Workplace& place, const Json& records) {
     std::vector<Method> list(records.size());
@@ -341,7 +374,51 @@ void RemoveProduct(Workplace& place, const Json& record) {
     place.FailOnFaults("the product was not deleted");
 }
 
+// --- new records
+// ------------------------------------------------------------------------------------------------------
+
+Json MakeTemplate() {
+    return ToJson(*tolm::ITolmDataSetFactory::Get()->CreateCircuitTemplate(), kTemplate);
+}
+
+template <class Method, const auto& Fields> Json MakeMethod() {
+    return ToJson(Method(), Fields);
+}
+
+Json MakeProduct() {
+    Product product;
+    product.Id = vorn::GuidUtils::ToString(vorn::GuidUtils::Generate(), false, false);
+    return ToJson(product, kProduct);
+}
+
+template <class Record> std::vector<std::string> Taken(JsonFields<Record> fields) {
+    std::vector<std::string> keys;
+    for (const auto& field : fields)
+        if (field.set != nullptr)
+            keys.emplace_back(field.key);
+    return keys;
+}
+
 using Base = tolm::TolmBaseDesignData;
+
+/// A kind of design method; it goes by the first of the columns.
+template <class Method, const auto& Fields, bool (Base::*Add)(const Method&),
+          bool (Base::*Delete)(const std::vector<Method>&)>
+ExchangeKind MethodKind(const char* many, const char* one, const char* words, std::vector<const char*> columns,
+                        Json (*read)(Workplace&)) {
+    const char* const name = columns.front();
+    return {many,
+            one,
+            words,
+            std::move(columns),
+            false,
+            name,
+            read,
+            &MakeMethod<Method, Fields>,
+            &WriteMethods<Method, Fields, Add>,
+            &RemoveMethod<Method, Delete>,
+            Taken<Method>(Fields)};
+}
 
 } // namespace
 
@@ -351,30 +428,43 @@ const std::vector<ExchangeKind>& ExchangeKinds() {
          "template",
          "circuit templates",
          {"systemTypeName", "wireType", "wireSpec", "conduitType", "conduitDN", "layingMode", "id"},
+         true,
+         nullptr,
          &ReadTemplates,
+         &MakeTemplate,
          &WriteTemplates,
-         &RemoveTemplate},
-        {"insulations",
-         "insulation",
-         "insulation series",
-         {"description", "code", "discipline", "type", "id"},
-         &ReadInsulation,
-         &WriteMethods<Insulation, kInsulation, &Base::AddInsulationSerie>,
-         &RemoveMethod<Insulation, &Base::DeleteInsulationSeries>},
-        {"sizings",
-         "sizing",
-         "sizing methods",
-         {"description", "code", "type", "id"},
-         &ReadSizing,
-         &WriteMethods<Sizing, kSizing, &Base::AddSizingMethod>,
-         &RemoveMethod<Sizing, &Base::DeleteSizingMethods>},
+         &RemoveTemplate,
+         Taken<Template>(kTemplate)},
+        MethodKind<Insulation, kInsulation, &Base::AddInsulationSerie, &Base::DeleteInsulationSeries>(
+            "insulations", "insulation", "insulation series", {"description", "code", "discipline", "type", "id"},
+            &ReadInsulation),
+        MethodKind<Sizing, kSizing, &Base::AddSizingMethod, &Base::DeleteSizingMethods>(
+            "sizings", "sizing", "sizing methods", {"description", "code", "type", "id"}, &ReadSizing),
+        MethodKind<Balancing, kBalancing, &Base::AddBalancingMethod, &Base::DeleteBalancingMethods>(
+            "balancings", "balancing", "balancing methods", {"name", "description", "discipline", "id"},
+            &ReadBalancing),
         {"products",
          "product",
          "combined products",
          {"name", "category", "spacing", "id"},
+         true,
+         "name",
          &ReadProducts,
+         &MakeProduct,
          &WriteProducts,
-         &RemoveProduct},
+         &RemoveProduct,
+         Taken<Product>(kProduct)},
+        {"components",
+         "component",
+         "components",
+         {"name", "category", "componentType", "version", "id"},
+         false,
+         nullptr,
+         &ReadComponents,
+         nullptr,
+         nullptr,
+         nullptr,
+         {}},
     };
     return kinds;
 }
@@ -402,7 +492,9 @@ const Json& FindRecord(const ExchangeKind& kind, const Json& records, const std:
     return *found;
 }
 
-void OpenSession(Workplace& place) {
+void OpenSession(Workplace& place, const ExchangeKind& kind) {
+    if (!kind.isShared)
+        return;
     const auto& profile = place.Settings();
     if (profile.server.empty() && profile.project.empty())
         tolm::CollaborationProjectSettingForPS::Open({});

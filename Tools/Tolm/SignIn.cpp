@@ -1,6 +1,8 @@
 #include "Tolm/SignIn.h"
 
+#include "Host/Trust.h"
 #include "Tolm/Errors.h"
+#include "Vorn/Files.h"
 #include "Vorn/Text.h"
 
 #include <httplib.h>
@@ -70,12 +72,15 @@ std::wstring SignIn(const std::wstring& server, const std::wstring& user) {
     if (!client.is_valid())
         throw Failure("not an address of a service: " + host, Misused);
     client.set_follow_location(false);
+    const std::wstring authorities = tolm::TolmTrustSettings::GetCertificateAuthorityFile();
+    if (!authorities.empty())
+        client.set_ca_cert_path(vorn::FileSystem::ToNative(authorities).c_str());
     const nlohmann::json body{{"userId", name}, {"secret", AskForSecret(name)}};
     const auto result = client.Post("/api/SignIn", body.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace),
                                     "application/json");
     if (!result)
         throw Failure("the service at " + host + " cannot be reached (" + httplib::to_string(result.error()) + ")");
-    const std::string token = TokenOf(result->body);
+    const std::string token = result->status == 200 ? TokenOf(result->body) : std::string();
     if (token.empty())
         throw Failure("the service at " + host + " does not let user " + name + " in");
     return StringUtil::ToWString(token);

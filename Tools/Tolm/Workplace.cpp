@@ -6,12 +6,14 @@
 #include "Host/Categories.h"
 #include "Host/Definitions.h"
 #include "Host/Session.h"
+#include "Host/Trust.h"
 #include "Qbase/Qbase.h"
 #include "Vorn/Files.h"
 #include "Vorn/Notification.h"
 #include "Vorn/Text.h"
 
 #include <array>
+#include <cstdlib>
 #include <utility>
 
 namespace tolmcli {
@@ -56,6 +58,7 @@ Workplace::Workplace(const std::wstring& datasetPath) : m_path(datasetPath) {
 Workplace::~Workplace() {
     tolm::CollaborationProjectSettingForPS::Close();
     tolm::TolmUserSessionUtils::SetUser(L"", L"");
+    tolm::TolmTrustSettings::SetCertificateAuthorityFile(L"");
     tolm::TolmCategoryInfoUtilsHandler::Get().SetUtils({});
 }
 
@@ -63,6 +66,8 @@ void Workplace::Connect() {
     if (m_profile.server.empty() || m_profile.project.empty() || m_profile.user.empty())
         throw Failure("the dataset has no service to work with: give --server, --project and --user to 'tolm new'",
                       Misused);
+    if (const char* const authorities = std::getenv("TOLM_CA_FILE"))
+        tolm::TolmTrustSettings::SetCertificateAuthorityFile(StringUtil::ToWString(authorities));
     tolm::TolmUserSessionUtils::SetUser(m_profile.user, SignIn(m_profile.server, m_profile.user));
     tolm::CollaborationProjectSettingForPS::Open({.httpServer = m_profile.server,
                                                   .workingProjectId = m_profile.project,

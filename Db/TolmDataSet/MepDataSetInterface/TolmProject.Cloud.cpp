@@ -83,7 +83,9 @@ bool TolmDataset::SendModifiedDataToCloud(bool flag, vorn::IProgressReporter* re
 }
 
 /// Until the cloud stands still during one merge. The versions of before come back where the cloud's cannot be had,
-/// since the header says no other.
+/// since the header says no other. Where nothing was left to send, another process has sent it: of what followed that
+/// nothing is here, so the version that was merged is the one to stamp. Where another process has stamped one, its
+/// version stands.
 bool TolmDataset::MergeDataAndSendModifiedData(wstring projectId, vorn::IProgressReporter* reporter, int& cloudVersion,
                                                int& localVersion) {
     if (reporter == nullptr) {
@@ -94,13 +96,17 @@ bool TolmDataset::MergeDataAndSendModifiedData(wstring projectId, vorn::IProgres
         std::tie(cloudVersion, localVersion) = before;
         return false;
     };
+    MepQbaseUtil& store = *MepQbaseUtil::GetInstance();
+    int headerVersion = HeaderVersion();
     bool pendingUpload = true; // the host has refreshed just now
     for (bool stoodStill = false; !stoodStill;) {
-        if (!pendingUpload)
+        if (!pendingUpload) {
             SyncDataFromCloud(false, nullptr, nullptr);
-        if (!MepQbaseUtil::GetInstance()->MergeCloudAndLocalDataset(
-                projectId, reporter, cloudVersion, localVersion, m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
-                m_combinedProductFilePath, m_binaryFileFolder, &pendingUpload)) {
+            headerVersion = HeaderVersion();
+        }
+        if (!store.MergeCloudAndLocalDataset(projectId, reporter, cloudVersion, localVersion, m_datasetFilePath,
+                                             DataSetFilePath::TOLMDDQFilePath, m_combinedProductFilePath,
+                                             m_binaryFileFolder, &pendingUpload)) {
             VORN_DEBUG_WARN(L"mergeSucc 失败");
             return false;
         }
@@ -112,17 +118,25 @@ bool TolmDataset::MergeDataAndSendModifiedData(wstring projectId, vorn::IProgres
             localVersion = std::exchange(cloudVersion, latest);
     }
     if (pendingUpload) {
-        if (!SendModifiedDataToCloud(false, nullptr)) {
+        const auto outcome =
+            store.SendModifiedDataToCloud(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath, m_componentFilePath);
+        if (outcome == UploadOutcome::Failed) {
             VORN_DEBUG_WARN(L"bSucc 失败");
             return false;
         }
-        const int newVersion = GetCloudVersion(projectId);
+        const int newVersion = outcome == UploadOutcome::Sent ? GetCloudVersion(projectId) : cloudVersion;
         if (!IsVersion(newVersion))
             return failWithVersionsOfBefore();
         cloudVersion = newVersion;
     }
     localVersion = cloudVersion;
-    return SetLocalVersion(cloudVersion);
+    return store.ReplaceLocalVersion(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath, headerVersion, localVersion);
+}
+
+int TolmDataset::HeaderVersion() const {
+    bool hasLocalChanges = false;
+    return MepQbaseUtil::GetInstance()->GetLocalVersion(m_datasetFilePath, DataSetFilePath::TOLMDDQFilePath,
+                                                        hasLocalChanges);
 }
 
 } // namespace tolm

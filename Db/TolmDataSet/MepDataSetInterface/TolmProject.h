@@ -86,6 +86,8 @@ private:
     friend struct ObjectMaker;
     friend struct TolmDatasetTestAccess;
 
+    /// The version in the file's header; -1 without one.
+    int HeaderVersion() const;
     /// Calls `use` with the owner of the table.
     template <class Use> auto WithTable(TableKind table, const Use& use);
     bool HasTable(TableKind table);

@@ -21,17 +21,28 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestName = 255; // bytes
 constexpr std::wstring_view kForbidden = L"/\\:*?\"<>|";
-constexpr const wchar_t* kDevices[] = {L"CON",  L"PRN",  L"AUX",  L"NUL",  L"CONIN$", L"CONOUT$", L"COM0",
-                                       L"COM1", L"COM2", L"COM3", L"COM4", L"COM5",   L"COM6",    L"COM7",
-                                       L"COM8", L"COM9", L"LPT0", L"LPT1", L"LPT2",   L"LPT3",    L"LPT4",
-                                       L"LPT5", L"LPT6", L"LPT7", L"LPT8", L"LPT9"};
+/// Characters that are not seen but change how a name is shown: controls, marks of direction, ends of lines. A name
+/// that shows as another one deceives whoever opens the file.
+struct CharacterRange {
+    wchar_t first;
+    wchar_t last;
+};
+constexpr CharacterRange kUnseen[] = {{L'\0', L'\x1F'},       {L'\x7F', L'\x9F'},     {L'\x061C', L'\x061C'},
+                                      {L'\x200E', L'\x200F'}, {L'\x2028', L'\x202E'}, {L'\x2066', L'\x2069'},
+                                      {L'\xFEFF', L'\xFEFF'}};
+constexpr const wchar_t* kDevices[] = {L"CON", L"PRN", L"AUX", L"NUL", L"CONIN$", L"CONOUT$"};
+constexpr const wchar_t* kNumberedDevices[] = {L"COM", L"LPT"};
+constexpr std::wstring_view kDeviceNumbers = L"0123456789\u00B9\u00B2\u00B3";
+constexpr std::size_t kLongestToldName = 80; // characters
 /// What a database file has beside it while it is in use, and the file itself.
 constexpr const wchar_t* kDatabaseSuffixes[] = {L"-journal", L"-wal", L"-shm", L""};
 /// What stands before the extension in the names of a dataset's companions.
 constexpr const wchar_t* kCompanionTags[] = {L"_Status", L"_temp", L"_Status_temp"};
 
 bool IsForbidden(wchar_t character) {
-    return character < L' ' || character == L'\x7F' || kForbidden.find(character) != std::wstring_view::npos;
+    const auto isIn = [=](const CharacterRange& range) { return range.first <= character && character <= range.last; };
+    return kForbidden.find(character) != std::wstring_view::npos ||
+           std::any_of(std::begin(kUnseen), std::end(kUnseen), isIn);
 }
 
 bool SameName(const wstring& a, const wstring& b) {
@@ -42,8 +53,13 @@ bool SameName(const wstring& a, const wstring& b) {
 bool IsDevice(const wstring& name) {
     wstring stem = name.substr(0, name.find(L'.'));
     stem.erase(stem.find_last_not_of(L' ') + 1);
-    return std::any_of(std::begin(kDevices), std::end(kDevices),
-                       [&](const wchar_t* device) { return SameName(stem, device); });
+    const auto isStem = [&](const wchar_t* device) { return SameName(stem, device); };
+    if (std::any_of(std::begin(kDevices), std::end(kDevices), isStem))
+        return true;
+    if (stem.empty() || kDeviceNumbers.find(stem.back()) == std::wstring_view::npos)
+        return false;
+    stem.pop_back();
+    return std::any_of(std::begin(kNumberedDevices), std::end(kNumberedDevices), isStem);
 }
 
 fs::path Native(const wstring& path) {
@@ -100,8 +116,15 @@ std::vector<wstring> PossibleOwners(const wstring& name) {
     return owners;
 }
 
-[[noreturn]] void Refuse() {
-    throw std::runtime_error("The name is not that of a file that the cloud may change");
+/// The name without what may deceive its reader.
+std::string Told(const wstring& name) {
+    wstring told = name.substr(0, kLongestToldName);
+    std::replace_if(told.begin(), told.end(), &IsForbidden, L'?');
+    return vorn::StringUtil::ToString(told);
+}
+
+[[noreturn]] void Refuse(const wstring& name) {
+    throw std::runtime_error("The name is not that of a file that the cloud may change: " + Told(name));
 }
 
 } // namespace
@@ -134,18 +157,18 @@ bool BinaryFileFolder::BelongsToAStore(const wstring& name) const {
 
 wstring BinaryFileFolder::PathOf(const wstring& name) const {
     if (m_folder.empty() || !IsPlainFileName(name))
-        Refuse();
+        Refuse(name);
     wstring path = m_folder + L"\\" + name;
     const fs::path native = Native(path);
     std::error_code error;
     const fs::file_status status = fs::symlink_status(native, error);
     if (fs::exists(status) && !fs::is_regular_file(status))
-        Refuse();
+        Refuse(name);
     if (std::any_of(m_hostFiles.begin(), m_hostFiles.end(),
                     [&](const wstring& file) { return IsFile(native, name, file); }))
-        Refuse();
+        Refuse(name);
     if (BelongsToAStore(name))
-        Refuse();
+        Refuse(name);
     return path;
 }
 
@@ -153,12 +176,12 @@ void BinaryFileFolder::Write(const wstring& name, const std::string& bytes) cons
     const wstring path = PathOf(name);
     if (!vorn::FileSystem::CreateDirectories(m_folder) ||
         !vorn::FileUtility::SaveInBinaryMode(path, bytes.data(), bytes.size(), false))
-        throw std::runtime_error("The file cannot be written");
+        throw std::runtime_error("The file cannot be written: " + Told(name));
 }
 
 void BinaryFileFolder::Remove(const wstring& name) const {
     if (!vorn::FileSystem::RemoveFile(PathOf(name)))
-        throw std::runtime_error("The file cannot be removed");
+        throw std::runtime_error("The file cannot be removed: " + Told(name));
 }
 
 } // namespace tolm

@@ -121,26 +121,33 @@ CloudRefresh::CloudRefresh(CallSite site, CQbase* qb, vorn::IProgressReporter* p
     : m_site(site), m_qb(qb), m_progress(progress), m_paths(std::move(paths)), m_recoverInfo(recoverInfo),
       m_store(*MepQbaseUtil::GetInstance()) {}
 
-bool CloudRefresh::Apply(web::json::value& increment, int localVersion) {
+bool CloudRefresh::IsStill(long content) const {
+    long now = 0;
+    return m_qb->getContentVersion(now) && now == content;
+}
+
+CloudRefresh::Applied CloudRefresh::Apply(web::json::value& increment, const Base& base) {
     Report(DownloadedPercentage);
     auto& add = increment.at("add").as_object();
     auto& del = increment.at("del").as_object();
     if (add.empty() && del.empty())
-        return false;
+        return Applied::No;
     web::json::value recoverable;
     if (m_recoverInfo != nullptr)
         recoverable = RecoverableRows(del, *m_recoverInfo);
     if (!m_qb->beginTransaction()) {
         m_site.Warn(L"beginTransaction 失败");
-        return false;
+        return Applied::No;
     }
-    if (localVersion > 0 && !del.empty())
+    if (!IsStill(base.content))
+        return Applied::Changed;
+    if (base.version > 0 && !del.empty())
         Delete(del);
     if (!add.empty())
         Add(add);
     if (m_recoverInfo != nullptr)
         m_store.RecoverInstantiatedSystemTypes(std::move(recoverable), m_qb, m_paths.definition, m_recoverInfo);
-    return true;
+    return Applied::Yes;
 }
 
 void CloudRefresh::Report(double percentage) {

@@ -30,13 +30,24 @@ public:
     CloudRefresh(CallSite site, CQbase* qb, vorn::IProgressReporter* progress, Paths paths,
                  RecoverDataInfo* recoverInfo);
 
-    /// True when something was applied, in one transaction that is still open. `localVersion` is the one from which
-    /// the increment leads on; from 0 it is a full load, which has nothing to delete. The increment is used up.
-    bool Apply(web::json::value& increment, int localVersion);
+    /// What the increment leads on from: a version, 0 for a full load, which has nothing to delete; and the store's
+    /// content when that version was read.
+    struct Base {
+        int version = 0;
+        long content = 0;
+    };
+    enum class Applied {
+        Yes,    ///< in one transaction, which is still open
+        No,     ///< there was nothing to apply, or no transaction to be had
+        Changed ///< somebody else changed the store meanwhile; nothing was applied
+    };
+    /// The increment is used up.
+    Applied Apply(web::json::value& increment, const Base& base);
 
     void Report(double percentage);
 
 private:
+    bool IsStill(long content) const;
     void Delete(const web::json::object& del);
     void Add(web::json::object& add);
     void AddConfigTree(web::json::object& add);

@@ -10,8 +10,8 @@
 /// What the calls that write rows have in common.
 namespace tolm {
 
-/// Runs the call. True when the service took it. A refusal goes
-/// to the log; an exception is reported for the caller, with the path.
+/// Runs the call. True when the service took it. A refusal goes to the log; an exception is reported for the caller,
+/// with the path.
 bool RunUpload(TolmProjectSettingHttpUtility& client, const CloudCall& call, const CallSite& caller);
 
 /// The same with {"tolm_version": the product's version, "rows": encoded["rows"]}. What is no object is not sent and

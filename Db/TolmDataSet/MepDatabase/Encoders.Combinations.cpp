@@ -17,7 +17,6 @@ using Product = TolmCombinedProduct;
 using Component = TolmComponentReference;
 
 // --- circuit templates
-// ------------------------------------------------------------------------------------------------
 
 /// The wire's size on the wire, whatever the template holds: what counts is "WireSpec".
 constexpr double kWireSize = 2.5;
@@ -54,7 +53,6 @@ constexpr JsonCell<Template> kCircuitTemplate[] = {
 };
 
 // --- combined products
-// ------------------------------------------------------------------------------------------------
 
 constexpr JsonCell<Component> kComponent[] = {
     {"CategoryStandardCode", [](const Component& component) { return JsonText(component.categoryStandardCode); }},
@@ -142,7 +140,6 @@ JsonCells<Product> CellsOf(const wstring& categoryCode, Use use) {
 }
 
 // --- rows
-// -------------------------------------------------------------------------------------------------------------
 
 value Wrapped(const wstring& id, value row, Use use) {
     if (use == Use::Created)

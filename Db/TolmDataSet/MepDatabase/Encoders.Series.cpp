@@ -15,7 +15,6 @@ using Serie = IProjectSettingMEPMaterialSerie;
 using Fitting = ITolmProjectSettingFittingComponentConst;
 
 // --- system types
-// -----------------------------------------------------------------------------------------------------
 
 constexpr JsonCell<SystemType> kSystemType[] = {
     {"ID", [](const SystemType& system) { return JsonText(system.GetId()); }},
@@ -73,7 +72,6 @@ value SystemTypeRow(const SystemType& system, const CallSite& caller) {
 }
 
 // --- series
-// -----------------------------------------------------------------------------------------------------------
 
 /// The id of a part, empty when there is none.
 template <class Part> value IdOf(const Part* part) {
@@ -139,7 +137,6 @@ constexpr SerieForm kSerieForms[] = {
 };
 
 // --- fittings
-// ---------------------------------------------------------------------------------------------------------
 
 constexpr JsonCell<Fitting> kFitting[] = {
     {"id", [](const Fitting& fitting) { return JsonText(fitting.m_pComponent->GetId()); }},

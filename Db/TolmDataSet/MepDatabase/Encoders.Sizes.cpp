@@ -9,7 +9,6 @@ using web::json::value;
 using Size = IProjectSettingSizeModule;
 
 // --- lengths
-// ----------------------------------------------------------------------------------------------------------
 
 /// Multiplied in single precision, what is behind the third digit cut off.
 std::int32_t Thousandths(float length) {
@@ -30,7 +29,6 @@ value Roughness(double roughness) {
 }
 
 // --- entries of the size lists
-// ----------------------------------------------------------------------------------------
 
 using PipeEntry = ProjectSettingPipeSize;
 using DuctEntry = ProjectSettingDuctSize;
@@ -61,7 +59,6 @@ constexpr JsonCell<CableEntry> kWireEntry[] = {
 };
 
 // --- "content" by kind
-// ------------------------------------------------------------------------------------------------
 
 wstring MaterialName(const Size& size) {
     const auto* material = size.GetMaterial();
@@ -111,7 +108,6 @@ value Content(const Size& size, int kind) {
 }
 
 // --- rows of "ConfigTree"
-// ---------------------------------------------------------------------------------------------
 
 struct TreeNode {
     wstring id;

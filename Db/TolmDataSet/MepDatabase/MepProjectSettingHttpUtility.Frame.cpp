@@ -1,7 +1,9 @@
 #include "MepDatabase/MepProjectSettingHttpUtility.h"
 
 #include "Host/Session.h"
+#include "MepDatabase/AnswerGuard.h"
 #include "MepDatabase/CloudFrame.h"
+#include "MepDatabase/CloudTrust.h"
 #include "MepDatabase/WireText.h"
 #include "Vorn/DebugMessage.h"
 #include "Vorn/Text.h"
@@ -35,13 +37,12 @@ std::string HeaderValue(const wstring& value) {
     return text;
 }
 
-/// Bytes that are taken from the wire at a time; the HTTP library's own measure is too small for large answers.
-constexpr std::size_t kChunk = std::size_t{1} << 20;
-
-http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint) {
+http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint,
+                            const web::uri& address) {
     http_client_config config;
     config.set_max_redirects(0);
-    config.set_chunksize(kChunk);
+    if (address.scheme() == "https")
+        SetTrust(config, address.host());
     if (endpoint.timeOut == CloudEndpoint::TimeOut::Configured)
         config.set_timeout(std::chrono::microseconds(std::int64_t{client.GetRequestTimeOut()}));
     return config;
@@ -49,7 +50,8 @@ http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEn
 
 http_client ClientFor(TolmProjectSettingHttpUtility& client, const CloudCall& call) {
     const bool whole = call.endpoint.address == CloudEndpoint::Address::Whole;
-    return http_client(web::uri(ToWire(whole ? call.host + call.path : call.host)), ConfigOf(client, call.endpoint));
+    const web::uri address(ToWire(whole ? call.host + call.path : call.host));
+    return http_client(address, ConfigOf(client, call.endpoint, address));
 }
 
 void Address(TolmProjectSettingHttpUtility& client, const CloudCall& call, http_request& request) {
@@ -94,17 +96,40 @@ web::json::value JsonBody(const web::http::http_response& response) {
     return response.extract_json(false).get();
 }
 
+/// Throws where an object outside of lists has two members of one name: which of them counts is anybody's guess. The
+/// HTTP library keeps members sorted by name. The rows of a list stand for themselves.
+void RefuseDoubledNames(const web::json::value& body) {
+    const std::string* before = nullptr;
+    for (const auto& [name, member] : body.as_object()) {
+        if (before != nullptr && *before == name)
+            throw web::json::json_exception("Key found twice");
+        before = &name;
+        if (member.is_object())
+            RefuseDoubledNames(member);
+    }
+}
+
+/// What the guard throws ends the request.
+void Guard(const http_client_config& config, http_request& request) {
+    AnswerGuard guard(config.timeout<std::chrono::microseconds>());
+    request.set_progress_handler([guard](web::http::message_direction::direction direction, auto bytes) mutable {
+        if (direction == web::http::message_direction::download)
+            guard.Check(bytes, AnswerGuard::Clock::now());
+    });
+}
+
 CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) {
     http_client http = ClientFor(client, call);
     http_request request(call.endpoint.method);
     Address(client, call, request);
     if (call.body != nullptr)
         SetBody(*call.body, request);
+    Guard(http.client_config(), request);
     auto response = http.request(request, pplx::cancellation_token::none()).get();
     CloudAnswer answer;
     answer.body = JsonBody(response);
     answer.status = response.status_code();
-    static_cast<void>(answer.body.as_object());
+    RefuseDoubledNames(answer.body);
     return answer;
 }
 

@@ -34,7 +34,6 @@ struct RowFlags {
 };
 
 // --- the families: their tables in the order of processing, and how their records are encoded
-// --------------------------
 
 struct SystemTypes {
     using Record = IProjectSettingSystemType;
@@ -113,7 +112,6 @@ struct SerieGroups {
 };
 
 // --- the walker
-// -------------------------------------------------------------------------------------------------------
 
 template <class Family> using FamilyList = RecordList<typename Family::Record>;
 

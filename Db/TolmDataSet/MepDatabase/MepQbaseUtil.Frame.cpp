@@ -1,4 +1,5 @@
 #include "MepDatabase/MepQbaseUtil.h"
+#include "MepDatabase/DatasetPaths.h"
 #include "MepDatabase/StoreFrame.h"
 #include "Vorn/Guid.h"
 
@@ -60,10 +61,20 @@ bool StoreFrame::Open(const wstring& filePath, const wstring& ddqFilePath, Store
         return false;
     m_filePath = filePath;
     m_ddqFilePath = ddqFilePath;
+    if (IsOutOfOrder())
+        return false;
     if (access == StoreAccess::ChangeUnlocked)
         return m_qb->openDatabase(ddqFilePath, filePath, false);
     const Flags flags = FlagsOf(access);
     return MepQbaseUtil::GetInstance()->OpenQbase(filePath, ddqFilePath, m_qb.get(), flags.forUpdate, flags.create);
+}
+
+/// Two processes that took the two locks crosswise would wait for each other.
+bool StoreFrame::IsOutOfOrder() const {
+    const bool isOutOfOrder = CQbase::isHeldByThisThread(DatasetPaths::Of(m_filePath).status);
+    if (isOutOfOrder)
+        m_site.Warn(L"加锁顺序错误");
+    return isOutOfOrder;
 }
 
 bool StoreFrame::Close() {

@@ -90,6 +90,20 @@ bool MepQbaseUtil::SetLocalVersion(wstring filePath, wstring ddqFilePath, int ve
     return StampVersion(*store, version);
 }
 
+bool MepQbaseUtil::ReplaceLocalVersion(const wstring& filePath, const wstring& ddqFilePath, int expected,
+                                       int& version) {
+    StoreFrame store(TOLM_CALL_SITE, L"qb 为空");
+    if (!store.Open(filePath, ddqFilePath, StoreAccess::Change)) {
+        VORN_DEBUG_WARN(L"openDatabase 失败");
+        return false;
+    }
+    const int stands = ReadVersion(*store);
+    const bool isStamped = stands != expected || StampVersion(*store, version);
+    if (stands != expected)
+        version = stands;
+    return store.Close() && isStamped;
+}
+
 wstring MepQbaseUtil::SetLastUpdateTimePoint(wstring filePath, wstring ddqFilePath) {
     StoreFrame store(TOLM_CALL_SITE, L"qb 为空");
     if (!store.IsMade())

@@ -1,5 +1,7 @@
 #include "MepDatabase/MepQbaseUtil.h"
 #include "MepDatabase/CallSite.h"
+#include "MepDatabase/FileHeader.h"
+#include "MepDatabase/JsonRead.h"
 #include "MepDatabase/MepProjectSettingHttpUtility.h"
 #include "MepDatabase/MergeFiles.h"
 #include "MepDatabase/MergeLists.h"
@@ -15,6 +17,17 @@
 #include <span>
 
 namespace tolm {
+namespace {
+
+/// Throws where a half of the increment is none, or has no list under "ConfigTree", without which half of the tables
+/// and all other content would pass for unchanged. Another table that is no list fails by itself.
+void RequireTables(const web::json::value& half) {
+    const auto* const rows = jsonread::Find(half.as_object(), TolmProjectSettingHttpUtility::ConfigTreeTable());
+    if (rows != nullptr)
+        static_cast<void>(rows->as_array());
+}
+
+} // namespace
 
 bool GetCloudAddAndDelData(wstring projectId, int version, web::json::value& add, web::json::value& del) {
     web::json::value root;
@@ -24,6 +37,8 @@ bool GetCloudAddAndDelData(wstring projectId, int version, web::json::value& add
     }
     add = std::move(root.at("add"));
     del = std::move(root.at("del"));
+    RequireTables(add);
+    RequireTables(del);
     return add.size() > 0 || del.size() > 0;
 }
 
@@ -138,6 +153,13 @@ public:
         return (*m_status)->getNmbOfRecs(records) && records > 0;
     }
 
+    /// True when another process has brought the dataset beyond the version since that was asked for: what it brought
+    /// would be taken for news, and win over local changes that were made on it.
+    bool IsBeyond(int version) {
+        long header = 0;
+        return FetchHeader(**m_data) && (*m_data)->getLong(schema::kLocalVersion, header) && header > version;
+    }
+
     /// Lets go of the copies and removes them.
     void GiveUp() {
         m_status.reset();
@@ -239,6 +261,11 @@ bool MepQbaseUtil::MergeCloudAndLocalDataset(wstring projectId, vorn::IProgressR
         return EndWithoutMerge(dataset, pendingUpload);
     case MergedDataset::Opened::Both:
         break;
+    }
+    if (dataset.IsBeyond(localVersion)) {
+        VORN_DEBUG_WARN(L"localVersion 已过期");
+        dataset.GiveUp();
+        return false;
     }
     if (!dataset.HasLocalChanges())
         return EndWithoutMerge(dataset, pendingUpload);

@@ -19,6 +19,9 @@
 namespace tolm {
 namespace {
 
+/// A refresh begins anew so often when somebody else keeps changing the store.
+constexpr int kMostAttempts = 5;
+
 void Notify(vorn::NotificationTypes type, const wchar_t* text) {
     vorn::NotificationUtils::PostNotification(type, text);
 }
@@ -65,19 +68,22 @@ public:
     /// Opens the file for the download, which it needs unless it holds the cloud's version. A file that was not
     /// there comes into being, and whether that succeeds is not looked at here.
     bool Open(int cloudVersion) {
-        const bool opened = m_store->openDatabase(m_definitionPath, m_filePath, true);
+        const bool opened = m_store->openDatabase(m_definitionPath, m_filePath, true) && NoteContent();
         if (m_existed && (!opened || !ReadVersion()))
             return FailToOpen();
-        if (m_hasHeader && m_version == cloudVersion)
+        if (m_hasHeader && m_base.version == cloudVersion)
             return UpToDate();
-        if (m_version == 0 && !Empty() && m_existed)
+        if (m_base.version == 0 && !Empty() && m_existed)
             return FailToOpen();
         return true;
     }
 
-    int Version() const { return m_version; }
+    const CloudRefresh::Base& Base() const { return m_base; }
 
 private:
+    /// What is read afterwards is of this content, or of a later one.
+    bool NoteContent() { return m_store->getContentVersion(m_base.content); }
+
     /// False when the header could not be read; a store without one has the version 0.
     bool ReadVersion() {
         m_hasHeader = FetchHeader(*m_store);
@@ -85,7 +91,7 @@ private:
             return !IsReadFailure(m_store->getLastError());
         long version = 0;
         m_store->getLong(schema::kLocalVersion, version);
-        m_version = ClampToInt32(static_cast<double>(version));
+        m_base.version = ClampToInt32(static_cast<double>(version));
         return true;
     }
 
@@ -103,7 +109,7 @@ private:
     /// For a full load; in a transaction of its own, so that no lock is held during the download.
     bool Empty() {
         return m_store->beginTransaction() && MepQbaseUtil::GetInstance()->ResetQbase(m_store.get()) &&
-               m_store.Close() && m_store->openDatabase(m_definitionPath, m_filePath, false);
+               m_store.Close() && m_store->openDatabase(m_definitionPath, m_filePath, false) && NoteContent();
     }
 
     StoreFrame& m_store;
@@ -111,7 +117,7 @@ private:
     const wstring& m_filePath;
     bool m_existed;
     bool m_hasHeader = false;
-    int m_version = 0;
+    CloudRefresh::Base m_base;
 };
 
 bool Download(const wstring& projectId, int localVersion, StoreFrame& store, web::json::value& root) {
@@ -128,7 +134,7 @@ void FetchSystemChanges(const wstring& workunitId) {
 }
 
 /// Stamps the version, last of all, and closes. True when everything is on disk.
-bool StampAndClose(CallSite site, StoreFrame& store, int version, bool writeTimePoint) {
+bool StampAndClose(const CallSite& site, StoreFrame& store, int version, bool writeTimePoint) {
     const bool stamped = StampVersion(*store, version) && (!writeTimePoint || !StampTimePoint(*store).empty());
     if (!store.Close())
         return false;
@@ -139,27 +145,41 @@ bool StampAndClose(CallSite site, StoreFrame& store, int version, bool writeTime
 
 } // namespace
 
+/// Somebody else may change the store during the download: what was downloaded does not lead on from there.
 bool MepQbaseUtil::SyncDataFromCloud(bool writeTimePoint, vorn::IProgressReporter* progress, wstring datasetFilePath,
                                      wstring templateFilePath, wstring combinedProductFilePath,
                                      wstring binaryFileFolder, RecoverDataInfo* recoverInfo) {
-    const auto* const settings = CollaborationProjectSettingForPS::Instance();
-    if (settings == nullptr) {
+    if (CollaborationProjectSettingForPS::Instance() == nullptr) {
         VORN_DEBUG_WARN(L"pSettings为空");
         return false;
     }
-    const wstring projectId = settings->GetWorkingProjectId();
-    const wstring workunitId = settings->GetWorkingDatasetId();
+    const CallSite site = TOLM_CALL_SITE;
+    const RefreshPlace place{datasetFilePath, templateFilePath, combinedProductFilePath, binaryFileFolder};
+    for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+        const auto done = RefreshOnce(site, place, writeTimePoint, progress, recoverInfo);
+        if (done.has_value())
+            return *done;
+    }
+    return Fail(L"载入失败了！");
+}
+
+/// Nothing, and the store as it was, where somebody else changed it meanwhile.
+std::optional<bool> MepQbaseUtil::RefreshOnce(const CallSite& site, const RefreshPlace& place, bool writeTimePoint,
+                                              vorn::IProgressReporter* progress, RecoverDataInfo* recoverInfo) {
+    const auto& settings = *CollaborationProjectSettingForPS::Instance();
+    const wstring projectId = settings.GetWorkingProjectId();
+    const wstring workunitId = settings.GetWorkingDatasetId();
     int cloudVersion = 0;
     if (!QueryVersion(projectId, 0, cloudVersion))
         return false;
-    MakeFolderOf(datasetFilePath);
-    StoreFrame store(TOLM_CALL_SITE);
-    LocalDataset local(store, templateFilePath, datasetFilePath);
+    MakeFolderOf(place.dataset);
+    StoreFrame store(site);
+    LocalDataset local(store, place.definition, place.dataset);
     web::json::value root;
-    if (!store.IsMade() || !local.Open(cloudVersion) || !Download(projectId, local.Version(), store, root))
+    if (!store.IsMade() || !local.Open(cloudVersion) || !Download(projectId, local.Base().version, store, root))
         return false;
-    CloudRefresh refresh(TOLM_CALL_SITE, store.get(), progress,
-                         {templateFilePath, combinedProductFilePath, binaryFileFolder}, recoverInfo);
+    CloudRefresh refresh(site, store.get(), progress, {place.definition, place.combinedProducts, place.binaryFolder},
+                         recoverInfo);
     // What did not reach the disk was not recovered: neither the host nor the next upload may count on it.
     const bool recoveredBefore = recoverInfo != nullptr && recoverInfo->recovered;
     const auto forgetRecovered = [&] {
@@ -169,9 +189,9 @@ bool MepQbaseUtil::SyncDataFromCloud(bool writeTimePoint, vorn::IProgressReporte
     };
     try {
         FetchSystemChanges(workunitId);
-        if (!refresh.Apply(root, local.Version()))
-            return false;
-        if (!StampAndClose(TOLM_CALL_SITE, store, cloudVersion, writeTimePoint)) {
+        if (const auto applied = refresh.Apply(root, local.Base()); applied != CloudRefresh::Applied::Yes)
+            return applied == CloudRefresh::Applied::Changed ? std::nullopt : std::optional(false);
+        if (!StampAndClose(site, store, cloudVersion, writeTimePoint)) {
             forgetRecovered();
             return false;
         }

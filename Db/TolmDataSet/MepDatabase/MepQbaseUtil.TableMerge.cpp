@@ -50,6 +50,13 @@ void DownloadSeries(MepQbaseUtil& store, const value& add, CQbase* qb, const wst
     }
 }
 
+/// Throws where a table is there and no list: it does not pass for an empty one.
+void RequireLists(const value& add, const value& del, const wstring& key) {
+    for (const value* half : {&add, &del})
+        if (const value* const rows = half->is_object() ? jsonread::Find(half->as_object(), key) : nullptr)
+            static_cast<void>(rows->as_array());
+}
+
 /// Forgets a local change that lost, in the first of the classes that has a note of it.
 void Forget(CQbase& statusQb, const wstring& id, const std::vector<const char*>& classCodes) {
     for (const char* classCode : classCodes) {
@@ -166,7 +173,7 @@ bool MepQbaseUtil::MergeOneTableData(const value& add, const value& del, CQbase*
     CloudChanges cloud;
     GetCloudChangedIdLists(add, del, key, cloud.added, cloud.deleted, cloud.modified);
     if (cloud.IsEmpty())
-        return true;
+        return DoUnit(TOLM_CALL_SITE, key + L":下载失败", [&] { RequireLists(add, del, key); });
     LocalChanges local;
     if (!AppendLocalChanges(statusQb, mepType, disciplineId, classCode, local)) {
         VORN_DEBUG_WARN(L"bGetLocalIdListSucc 为false");

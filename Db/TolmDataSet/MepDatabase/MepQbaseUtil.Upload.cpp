@@ -271,28 +271,39 @@ bool MepQbaseUtil::SendModifiedDataToCloud(bool writeTimePoint, vorn::IProgressR
 bool MepQbaseUtil::SendModifiedDataToCloud(bool writeTimePoint, vorn::IProgressReporter* progress,
                                            wstring datasetFilePath, wstring templateFilePath,
                                            wstring componentFilePath) {
+    return SendPatch(TOLM_CALL_SITE, writeTimePoint, progress, datasetFilePath, templateFilePath, componentFilePath) !=
+           UploadOutcome::Failed;
+}
+
+UploadOutcome MepQbaseUtil::SendModifiedDataToCloud(const wstring& datasetFilePath, const wstring& templateFilePath,
+                                                    const wstring& componentFilePath) {
+    return SendPatch(TOLM_CALL_SITE, false, nullptr, datasetFilePath, templateFilePath, componentFilePath);
+}
+
+UploadOutcome MepQbaseUtil::SendPatch(const CallSite& site, bool writeTimePoint, vorn::IProgressReporter* progress,
+                                      const wstring& datasetFilePath, const wstring& templateFilePath,
+                                      const wstring& componentFilePath) {
     const auto* const settings = CollaborationProjectSettingForPS::Instance();
     if (settings == nullptr) {
-        VORN_DEBUG_WARN(L"pCollaborationProjectSettingForPS为空");
-        return false;
+        site.Warn(L"pCollaborationProjectSettingForPS为空");
+        return UploadOutcome::Failed;
     }
     const Target target{settings->GetWorkingProjectId(), settings->GetWorkingDatasetId()};
     if (target.projectId.empty())
-        return true;
-    const CallSite site = TOLM_CALL_SITE;
+        return UploadOutcome::Nothing;
     ModifiedData changes(site, datasetFilePath, templateFilePath, componentFilePath);
     if (const auto found = changes.Open(); found != ModifiedData::Found::Changes)
-        return found == ModifiedData::Found::Nothing;
+        return found == ModifiedData::Found::Nothing ? UploadOutcome::Nothing : UploadOutcome::Failed;
     auto& client = *Client::GetInstance();
     Steps steps(progress);
     auto patch = Patch(client, target, changes, steps, m_recoveredSystemTypeIds).Make();
     if (patch.is_null())
-        return false;
+        return UploadOutcome::Failed;
     int newVersion = 0;
     const bool sent = client.SendPatchDataEvent(target.projectId, std::move(patch), newVersion);
     steps.Report(80);
     if (!sent)
-        return false;
+        return UploadOutcome::Failed;
     if (!m_recoveredSystemTypeIds.empty()) {
         client.SendUpdateSettingDataInfo(target.projectId, target.workunitId, m_recoveredSystemTypeIds,
                                          kSystemTypesRecovered);
@@ -300,7 +311,7 @@ bool MepQbaseUtil::SendModifiedDataToCloud(bool writeTimePoint, vorn::IProgressR
     }
     TellOfSuccess();
     const bool stamped = !writeTimePoint || ReportUnless(!StampTimePoint(*changes.Data()).empty(), site);
-    return changes.Finish() && stamped;
+    return changes.Finish() && stamped ? UploadOutcome::Sent : UploadOutcome::Failed;
 }
 
 } // namespace tolm

@@ -6,6 +6,7 @@
 #include "Vorn/Progress.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ class object;
 
 namespace tolm {
 
+struct CallSite;
 class ComponentCache;
 class DataSetBalancingMethod;
 class DataSetInsulationSerie;
@@ -33,12 +35,19 @@ class MaterialCache;
 class StoreFrame;
 struct SharedReads;
 
+/// How an upload came out.
+enum class UploadOutcome {
+    Failed,
+    Nothing, ///< there was nothing to send: nothing is noted, or another process has sent it
+    Sent
+};
+
 /// The one class through which the library touches the local store.
 ///
 /// It holds no open store: every operation opens the file, takes a lock, works and closes. The dataset is known only
 /// by the path that the caller passes; `ddqFilePath` is the definition file. Failures come back as values: false, an
-/// empty list, -1 or an empty text; internal faults are debug warnings. Operations run on the caller's thread; one
-/// thread at a time uses the object, and the stores' own locks keep operations of different processes apart.
+/// empty list, -1 or an empty text; internal faults are debug warnings. Operations run on the caller's thread, those
+/// with the cloud on one at a time; reads and edits on any, and in any process, which the stores' own locks keep apart.
 class MepQbaseUtil {
 public:
     static MepQbaseUtil* GetInstance();
@@ -48,6 +57,9 @@ public:
 
     // --- header (MepQbaseUtil.Header.cpp) ------------------------------------------------------------------------
     bool SetLocalVersion(wstring filePath, wstring ddqFilePath, int version);
+    /// Sets the version where the header still says `expected`; elsewhere another process has synchronised the dataset
+    /// meanwhile, and `version` becomes what the header says. False, and reported, when it is not on disk.
+    bool ReplaceLocalVersion(const wstring& filePath, const wstring& ddqFilePath, int expected, int& version);
     wstring SetLastUpdateTimePoint(wstring filePath, wstring ddqFilePath);
     int GetLocalVersion(wstring filePath, wstring ddqFilePath, bool& hasLocalChanges);
     wstring GetLastUpdateTimePoint(wstring filePath, wstring ddqFilePath);
@@ -213,6 +225,9 @@ public:
                                  wstring templateFilePath, wstring componentFilePath, bool tableByTable);
     bool SendModifiedDataToCloud(bool writeTimePoint, vorn::IProgressReporter* progress, wstring datasetFilePath,
                                  wstring templateFilePath, wstring componentFilePath);
+    /// The same without time point and reporter, and told more exactly.
+    UploadOutcome SendModifiedDataToCloud(const wstring& datasetFilePath, const wstring& templateFilePath,
+                                          const wstring& componentFilePath);
 
     // --- ingest (MepQbaseUtil.Ingest*.cpp)
     // ----------------------------------------------------------------------------
@@ -263,6 +278,19 @@ private:
     /// change through a `StoreFrame` or a `StatusCompanion` in the same commit.
     bool RecordLocalChange(wstring filePath, wstring ddqFilePath, const char* classCode, wstring id, int status,
                            short mepType, short disciplineId);
+
+    struct RefreshPlace {
+        const wstring& dataset;
+        const wstring& definition;
+        const wstring& combinedProducts;
+        const wstring& binaryFolder;
+    };
+    /// Faults are reported in the name of `site`.
+    std::optional<bool> RefreshOnce(const CallSite& site, const RefreshPlace& place, bool writeTimePoint,
+                                    vorn::IProgressReporter* progress, RecoverDataInfo* recoverInfo);
+    UploadOutcome SendPatch(const CallSite& site, bool writeTimePoint, vorn::IProgressReporter* progress,
+                            const wstring& datasetFilePath, const wstring& templateFilePath,
+                            const wstring& componentFilePath);
 
     std::vector<wstring> m_recoveredSystemTypeIds;
 

@@ -35,7 +35,9 @@ public:
     StoreFrame(const StoreFrame&) = delete;
     StoreFrame& operator=(const StoreFrame&) = delete;
 
-    /// True when the store is open and locked as asked for. Reports nothing.
+    /// True when the store is open and locked as asked for. Reports nothing but a fault of its caller: who holds the
+    /// status store of a dataset on this thread is refused its data store, since everybody takes the data store
+    /// first.
     bool Open(const wstring& filePath, const wstring& ddqFilePath, StoreAccess access);
     /// Commits and closes. Where that fails nothing of the changes is kept, which is reported, and false.
     bool Close();
@@ -105,6 +107,8 @@ public:
     static void SetMaker(Maker maker);
 
 private:
+    bool IsOutOfOrder() const;
+
     template <class Record>
     static LocalChange ChangeOf(const char* classCode, const wstring& id, ChangeStatus status, const Record& record) {
         return {classCode, id, static_cast<std::int32_t>(status), ToShort(record.GetMEPType()),

@@ -114,6 +114,29 @@ TEST_F(StoreDefinition, AFaultIsToldInTheLogWithItsLine) {
         EXPECT_EQ(FaultOf(text), fault);
 }
 
+TEST_F(StoreDefinition, NoTwoTablesOrIndexesOfAStoreBearOneName) {
+    const std::string head = "store-definition 1\nclass A\n1 short B\n2 short B_C\n";
+    const std::string end = ": two tables or indexes of a store would be named ";
+    EXPECT_EQ(FaultOf(head + "index B\nclass A_B"), "line 6" + end + "'a_b'");
+    EXPECT_EQ(FaultOf(head + "index B_C\nclass a_b\n3 short C\nindex C"), "line 8" + end + "'a_b_c'");
+    EXPECT_EQ(FaultOf(head + "index B\nindex B"), "line 6" + end + "'a_b'");
+    EXPECT_EQ(FaultOf("store-definition 1\nclass A_B\nclass A\n1 short B\nindex B"), "line 5" + end + "'a_b'");
+    EXPECT_TRUE(OpensUnder(head + "index B\nindex B B_C\nclass A_X\n"));
+}
+
+TEST_F(StoreDefinition, ItHoldsNoMoreThanAStoreCan) {
+    std::string text = "store-definition 1\nclass A\n";
+    for (int i = 1; i <= 500; ++i)
+        text += std::to_string(i) + " short X" + std::to_string(i) + "\n";
+    EXPECT_EQ(FaultOf(text + "501 short X501"), "line 503: the class has more than 500 attributes");
+    std::string classes = "store-definition 1\n";
+    for (int i = 1; i <= 500; ++i)
+        classes += "class C" + std::to_string(i) + "\n";
+    EXPECT_EQ(FaultOf(classes + "class D"), "line 502: there are more than 500 classes");
+    EXPECT_TRUE(OpensUnder(text));
+    EXPECT_TRUE(OpensUnder(classes));
+}
+
 TEST_F(StoreDefinition, AChangeOfTheFileIsSeenByTheNextOpen) {
     ASSERT_TRUE(OpensUnder(kDefinition));
     ASSERT_TRUE(OpensUnder(std::string(kDefinition) + "class NEW\n7 short X\n"));

@@ -239,6 +239,12 @@ TEST_F(StoreLock, AReadThatMustWaitTooLongIsNotTakenForNoSuchRecord) {
     EXPECT_FALSE(qb.closeDatabase());
 }
 
+TEST_F(StoreLock, TheWaitingTimeIsToldAsItWasSet) {
+    EXPECT_EQ(CQbase::lockTimeout(), 50);
+    CQbase::setLockTimeout(60000);
+    EXPECT_EQ(CQbase::lockTimeout(), 60000);
+}
+
 TEST_F(StoreLock, ManyThreadsChangeOneStoreInTurn) {
     CQbase::setLockTimeout(60000);
     constexpr int threads = 4;
@@ -258,6 +264,90 @@ TEST_F(StoreLock, ManyThreadsChangeOneStoreInTurn) {
         worker.join();
     Look([](CQbase& qb) { EXPECT_EQ(Walk(qb, "BBB").size(), std::size_t{threads * rounds}); });
     EXPECT_EQ(Sql(m_path, "SELECT count(DISTINCT seq) FROM BBB"), std::to_string(threads * rounds));
+}
+
+TEST_F(StoreLock, AThreadKnowsWhichStoresItHolds) {
+    EXPECT_FALSE(CQbase::isHeldByThisThread(m_path));
+    for (const auto take : {&CQbase::lockForRead, &CQbase::lockForUpdate}) {
+        CQbase qb;
+        ASSERT_TRUE(Open(qb, false));
+        EXPECT_FALSE(CQbase::isHeldByThisThread(m_path)) << "open, but not locked";
+        ASSERT_TRUE((qb.*take)());
+        EXPECT_TRUE(CQbase::isHeldByThisThread(m_path));
+        OnAnotherThread([&] { EXPECT_FALSE(CQbase::isHeldByThisThread(m_path)); });
+        ASSERT_TRUE(qb.closeDatabase());
+        EXPECT_FALSE(CQbase::isHeldByThisThread(m_path));
+    }
+    EXPECT_FALSE(CQbase::isHeldByThisThread(m_folder.File(L"none.db")));
+    EXPECT_FALSE(CQbase::isHeldByThisThread(L""));
+}
+
+// --- whether somebody else committed -------------------------------------------------------------------------------
+
+class ContentVersion : public StoreLock {
+protected:
+    static long Of(CQbase& qb) {
+        long version = 0;
+        EXPECT_TRUE(qb.getContentVersion(version));
+        return version;
+    }
+};
+
+TEST_F(ContentVersion, StaysUntilSomebodyElseCommits) {
+    CQbase qb;
+    ASSERT_TRUE(Open(qb, false));
+    const long before = Of(qb);
+    Look([](CQbase& other) { EXPECT_TRUE(other.fetchFirstMember("AAA")); });
+    EXPECT_EQ(Of(qb), before) << "a reading";
+    {
+        CQbase other;
+        ASSERT_TRUE(Open(other, false) && other.lockForUpdate());
+        Add(other, "AAA", L"given up", 1);
+        other.abandon();
+    }
+    EXPECT_EQ(Of(qb), before) << "a change that was given up";
+    Change([](CQbase& other) { Add(other, "AAA", L"y", 2); });
+    const long after = Of(qb);
+    EXPECT_NE(after, before);
+    ASSERT_TRUE(qb.lockForUpdate());
+    EXPECT_EQ(Of(qb), after) << "the same under the lock";
+}
+
+TEST_F(ContentVersion, SeesAnotherProcessesCommit) {
+    Child child([&] {
+        Change([](CQbase& other) { Add(other, "AAA", L"y", 2); });
+        return true;
+    });
+    CQbase qb;
+    ASSERT_TRUE(Open(qb, false));
+    const long before = Of(qb);
+    EXPECT_TRUE(child.Run());
+    EXPECT_NE(Of(qb), before);
+}
+
+TEST_F(ContentVersion, DoesNotChangeWithOnesOwnCommit) {
+    CQbase qb;
+    ASSERT_TRUE(Open(qb, false));
+    const long before = Of(qb);
+    Add(qb, "AAA", L"y", 2);
+    EXPECT_EQ(Of(qb), before);
+}
+
+TEST_F(ContentVersion, IsAnotherOneForAnotherFileAtThePath) {
+    CQbase qb;
+    ASSERT_TRUE(Open(qb, false));
+    const long before = Of(qb);
+    ASSERT_TRUE(CQbase::removeStore(m_path));
+    Change([](CQbase& other) { Add(other, "AAA", L"x", 1); });
+    ASSERT_TRUE(qb.lockForUpdate());
+    EXPECT_NE(Of(qb), before);
+}
+
+TEST_F(ContentVersion, OfAClosedHandleIsNone) {
+    CQbase qb;
+    long version = 7;
+    EXPECT_FALSE(qb.getContentVersion(version));
+    EXPECT_EQ(version, 7);
 }
 
 } // namespace

@@ -201,6 +201,31 @@ TEST_F(StoreWorkingCopies, AStoreThatIsAnotherFileNowIsNotOverwritten) {
     }
 }
 
+/// As when two processes work on the same stores, whose copies bear the same names.
+TEST_F(StoreWorkingCopies, SomebodyElsesCopyIsNotPutBack) {
+    ASSERT_TRUE(Make());
+    ChangeCopies();
+    CQbaseWorkingCopies others;
+    ASSERT_TRUE(CQbase::removeStore(m_copy) && CQbase::removeStore(m_secondCopy));
+    ASSERT_TRUE(others.make({m_path, m_copy}, {m_second, m_secondCopy}));
+    EXPECT_FALSE(m_copies.putBack());
+    EXPECT_EQ(Error(), QbaseError::Changed);
+    EXPECT_EQ(Rows(m_path), kOld);
+    EXPECT_EQ(Rows(m_second), kOldSecond);
+    ChangeCopies();
+    EXPECT_TRUE(others.putBack()) << "the other one goes on";
+    EXPECT_EQ(Rows(m_path), kNew);
+}
+
+TEST_F(StoreWorkingCopies, ACopyThatIsGoneIsNotPutBack) {
+    ASSERT_TRUE(Make());
+    ChangeCopies();
+    ASSERT_TRUE(CQbase::removeStore(m_secondCopy));
+    EXPECT_FALSE(m_copies.putBack());
+    EXPECT_EQ(Rows(m_path), kOld);
+    EXPECT_EQ(Rows(m_second), kOldSecond);
+}
+
 TEST_F(StoreWorkingCopies, AReadingInBetweenIsNoChange) {
     ASSERT_TRUE(Make());
     ChangeCopies();

@@ -26,7 +26,7 @@ public:
     virtual void SetInsulationType(TolmInsulationSerieType type) = 0;
     virtual MEPDisciplineId GetDisciplineId() const = 0;
     virtual void SetDisciplineType(MEPDisciplineId discipline) = 0;
-    /// Entries use the first two sizes.
+    /// Entries use the first two sizes; a store keeps the first and the third.
     virtual const std::vector<DataSetInsulationMaxSize>& GetCircularMaxSizes() const = 0;
     virtual void AddCircularSize(const DataSetInsulationMaxSize& size) = 0;
     /// `index` must be that of an entry: it is not tested. The same holds for the rectangular list.

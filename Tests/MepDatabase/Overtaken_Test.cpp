@@ -1,0 +1,176 @@
+#include "MepDatabase/DatasetPaths.h"
+#include "MepDatabase/StoreFrame.h"
+#include "StoreSupport/Records.h"
+#include "StoreSupport/RefreshFixture.h"
+
+#include <functional>
+#include <thread>
+
+namespace tolmtest {
+namespace {
+
+using tolm::DatasetPaths;
+
+std::string Row(const std::string& id, const std::string& name) {
+    return R"({"ID":")" + id + R"(","text":")" + name +
+           R"(","groupName":"MaterialSeries","parentID":"","CreateTime":1,"content":{}})";
+}
+
+/// A refresh during which somebody else writes to the dataset, when its download has just come.
+class OvertakenRefresh : public RefreshFixture {
+protected:
+    static constexpr double kDownloaded = 16;
+
+    OvertakenRefresh() {
+        LocalHas(2);
+        CloudHas(3, R"({"ConfigTree":[)" + Row("m1", "theirs") + "]}", "{}");
+    }
+    /// Lets it happen in the first so many downloads.
+    void OnDownloads(int times, const std::function<void()>& happens) {
+        progress.onReport = [this, times, happens](double percentage) {
+            if (percentage == kDownloaded && m_happened < times) {
+                ++m_happened;
+                happens();
+            }
+        };
+    }
+    void Edit(const wstring& id) { EXPECT_TRUE(util.WriteMaterial(path, ddq, Material(id, L"mine").get())); }
+
+private:
+    int m_happened = 0;
+};
+
+TEST_F(OvertakenRefresh, BeginsAnew) {
+    OnDownloads(1, [this] { Edit(L"m2"); });
+    EXPECT_TRUE(Refresh());
+    EXPECT_EQ(DownloadCount(), 2U);
+    EXPECT_EQ(Records(tolm::schema::kMaterial), (RecordLines{"m2 mine 1 2", "m1 theirs 1 2"}));
+    EXPECT_EQ(LocalVersion(), 3);
+    EXPECT_EQ(TakeNotifications(), Loaded);
+}
+
+TEST_F(OvertakenRefresh, AsksForTheChangesSinceTheVersionThatStandsThen) {
+    OnDownloads(1, [this] { ASSERT_TRUE(util.SetLocalVersion(path, ddq, 1)); });
+    EXPECT_TRUE(Refresh());
+    EXPECT_EQ(DownloadPath(), "/api/DownloadVersion/P1/1");
+}
+
+TEST_F(OvertakenRefresh, FindsThatTheOtherOneDidItsWork) {
+    OnDownloads(1, [this] { ASSERT_TRUE(util.SetLocalVersion(path, ddq, 3)); });
+    EXPECT_FALSE(Refresh());
+    EXPECT_EQ(DownloadCount(), 1U);
+    EXPECT_EQ(TakeNotifications(), UpToDate);
+}
+
+TEST_F(OvertakenRefresh, GivesUpWhenTheDatasetKeepsChanging) {
+    OnDownloads(100, [this, number = 0]() mutable { Edit(L"n" + std::to_wstring(++number)); });
+    EXPECT_FALSE(Refresh());
+    EXPECT_EQ(DownloadCount(), 5U);
+    EXPECT_EQ(Records(tolm::schema::kMaterial).size(), 5U) << "the edits stand, and nothing else";
+    EXPECT_EQ(LocalVersion(), 2);
+    EXPECT_EQ(TakeNotifications(), LoadFailed);
+}
+
+TEST_F(OvertakenRefresh, AReaderOvertakesNothing) {
+    OnDownloads(1, [this] { LocalVersion(); });
+    EXPECT_TRUE(Refresh());
+    EXPECT_EQ(DownloadCount(), 1U);
+}
+
+/// The store is emptied before the download; whoever loads it meanwhile is not loaded over.
+TEST_F(OvertakenRefresh, OfAWholeProjectBeginsAnewToo) {
+    ASSERT_TRUE(util.SetLocalVersion(path, ddq, 0));
+    OnDownloads(1, [this] { Edit(L"m2"); });
+    EXPECT_TRUE(Refresh());
+    EXPECT_EQ(DownloadCount(), 2U);
+    EXPECT_EQ(LocalVersion(), 3);
+}
+
+// --- the version at the end of a synchronisation -------------------------------------------------------------------
+
+class ReplacedVersion : public RefreshFixture {};
+
+TEST_F(ReplacedVersion, IsStampedOverTheOneThatWasExpected) {
+    LocalHas(2);
+    int version = 5;
+    EXPECT_TRUE(util.ReplaceLocalVersion(path, ddq, 2, version));
+    EXPECT_EQ(version, 5);
+    EXPECT_EQ(LocalVersion(), 5);
+}
+
+TEST_F(ReplacedVersion, LeavesAnotherOneAndTellsIt) {
+    LocalHas(4);
+    int version = 5;
+    EXPECT_TRUE(util.ReplaceLocalVersion(path, ddq, 2, version));
+    EXPECT_EQ(version, 4);
+    EXPECT_EQ(LocalVersion(), 4);
+}
+
+TEST_F(ReplacedVersion, OfAStoreWithoutOneIsExpectedAsMinusOne) {
+    MakeStore();
+    int version = 5;
+    EXPECT_TRUE(util.ReplaceLocalVersion(path, ddq, -1, version));
+    EXPECT_EQ(LocalVersion(), 5);
+}
+
+TEST_F(ReplacedVersion, FailsWhereTheStoreDoesNotOpen) {
+    int version = 5;
+    EXPECT_FALSE(util.ReplaceLocalVersion(path, ddq, 2, version));
+    EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"MepQbaseUtil::ReplaceLocalVersion: openDatabase 失败"}));
+    EXPECT_EQ(version, 5);
+}
+
+// --- the order of locks --------------------------------------------------------------------------------------------
+
+class LockOrder : public RefreshFixture {
+protected:
+    LockOrder() {
+        LocalHas(2);
+        EXPECT_TRUE(util.WriteMaterial(path, ddq, Material(L"m", L"mine").get()));
+        status = DatasetPaths::Of(path).status;
+    }
+    void WhileHolding(bool (CQbase::*lock)(), const std::function<void()>& work) {
+        CQbase qb;
+        ASSERT_TRUE(qb.openDatabase(ddq, status, false) && (qb.*lock)());
+        work();
+    }
+    wstring status;
+};
+
+TEST_F(LockOrder, AThreadThatHoldsTheStatusStoreIsRefusedTheDataStore) {
+    for (const auto lock : {&CQbase::lockForRead, &CQbase::lockForUpdate}) {
+        WhileHolding(lock, [&] {
+            EXPECT_FALSE(util.WriteMaterial(path, ddq, Material(L"n", L"mine").get()));
+            std::vector<MaterialPtr> list;
+            EXPECT_FALSE(util.ReadMaterialList(path, ddq, Type::Pipe, Discipline::Plumbing, list));
+            int version = 5;
+            EXPECT_FALSE(util.ReplaceLocalVersion(path, ddq, 2, version));
+        });
+        EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"MepQbaseUtil::WriteMaterial: 加锁顺序错误",
+                                                             L"MepQbaseUtil::ReadMaterialList: 加锁顺序错误",
+                                                             L"MepQbaseUtil::ReplaceLocalVersion: 加锁顺序错误",
+                                                             L"MepQbaseUtil::ReplaceLocalVersion: openDatabase 失败"}));
+    }
+    EXPECT_EQ(Records(tolm::schema::kMaterial).size(), 1U);
+}
+
+TEST_F(LockOrder, WithoutALockOnTheStatusStoreNothingIsRefused) {
+    WhileHolding(&CQbase::lockForRead, [&] {
+        std::thread([&] {
+            std::vector<MaterialPtr> list;
+            EXPECT_TRUE(util.ReadMaterialList(path, ddq, Type::Pipe, Discipline::Plumbing, list));
+        }).join();
+    });
+    CQbase open;
+    ASSERT_TRUE(open.openDatabase(ddq, status, false));
+    EXPECT_TRUE(util.WriteMaterial(path, ddq, Material(L"n", L"mine").get()));
+}
+
+TEST_F(LockOrder, OfAnotherDatasetIsItsOwn) {
+    WhileHolding(&CQbase::lockForUpdate, [&] {
+        EXPECT_TRUE(util.WriteMaterial(folder.File(L"other.db"), ddq, Material(L"n", L"mine").get()));
+    });
+}
+
+} // namespace
+} // namespace tolmtest
