@@ -155,7 +155,7 @@ private:
     std::string m_path;
     bool m_create = false;
     bool m_isCompanion = false;
-    long m_openings = 0; ///< connections that this handle has had
+    long m_openings = 0; ///< how often this handle has opened a file
     std::vector<std::unique_ptr<qbase::ClassTable>> m_tables;
     qbase::Record m_record;
     Absent m_absent;

@@ -80,6 +80,7 @@ QbaseError CQbase::Impl::TryOpen(qbase::Waiter& waiter, bool& again) {
     Forget();
     if (WouldWaitForItself(m_path, nullptr))
         return QbaseError::Locked;
+    ++m_openings;
     m_connection = Connection::OpenStore(m_path);
     if (m_connection != nullptr) {
         m_file = &m_connection->Main();
@@ -89,7 +90,6 @@ QbaseError CQbase::Impl::TryOpen(qbase::Waiter& waiter, bool& again) {
     if (const auto error = ErrorOf(kind, m_create); error != QbaseError::None)
         return error;
     m_connection = std::make_shared<Connection>(m_path, m_create);
-    ++m_openings;
     m_file = &m_connection->Main();
     if (kind == StoreFileKind::Store)
         return QbaseError::None;
