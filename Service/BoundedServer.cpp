@@ -34,7 +34,8 @@ bool BoundedStream::Wait(short event, const Allowance& allowance) const {
     const auto patience =
         event == POLLIN && allowance.bytes == 0 ? std::min(m_patience, kPatienceForTheFirstByte) : m_patience;
     const auto end = allowance.start + patience + std::chrono::milliseconds(allowance.bytes * 1000 / kBytesInASecond);
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+    // What the system has taken into its buffers is no sign of life: each single wait has an end of its own.
+    const auto left = std::min(std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()), patience);
     if (left.count() <= 0)
         return false;
     pollfd watched{m_socket, event, 0};

@@ -30,7 +30,7 @@ std::int64_t TakeUpload(soci::session& session, const Caller& caller, const Uplo
     const auto taken = ReadTakenUpload(session, caller);
     if (taken && taken->bodyHash == patch.bodyHash)
         return taken->version;
-    if (patch.version > state.version) // the database was set back to an older state
+    if (state.version >= 1 && patch.version > state.version) // the database was set back to an older state
         throw Refusal(Answer::VersionAhead);
     if (state.version != patch.version && state.version != ReadTold(session, caller))
         throw Refusal(Answer::Busy);

@@ -3,6 +3,7 @@
 #include "Fuzz/Support/Require.h"
 #include "Service/Answer.h"
 #include "Service/Database.h"
+#include "Service/MemberStore.h"
 #include "Service/ProjectFile.h"
 #include "Service/ProjectStore.h"
 #include "Service/Router.h"
@@ -74,7 +75,7 @@ class Town {
 public:
     Town()
         : m_database(":memory:", 1), m_projects(m_database), m_users(m_database, {.rounds = 1, .now = {}}),
-          m_uploads(m_database), m_router(m_projects, m_users, m_uploads) {
+          m_members(m_database), m_uploads(m_database), m_router(m_projects, m_users, m_members, m_uploads) {
         static const service::ProjectFile first = FirstRows();
         m_projects.Create(kProject, "Project");
         m_projects.Create("empty", "Never filled");
@@ -161,6 +162,7 @@ private:
     service::Database m_database;
     service::ProjectStore m_projects;
     service::UserStore m_users;
+    service::MemberStore m_members;
     service::UploadStore m_uploads;
     service::Router m_router;
     std::string m_token;

@@ -100,8 +100,10 @@ void Refresh(const DatasetPlace& place, value increment) {
     OpenForUpdate(qb, place.data, true);
     const tolm::CloudRefresh::Paths paths{tolm::DataSetFilePath::TOLMDDQFilePath, place.products, place.binaryFolder};
     tolm::CloudRefresh refresh(TOLM_CALL_SITE, &qb, nullptr, paths, &wanted);
+    long content = 0;
+    Require(qb.getContentVersion(content), "a store that is open tells the version of its content");
     try {
-        refresh.Apply(increment, version);
+        refresh.Apply(increment, {version, content});
     } catch (const std::exception&) {
         // The pipeline tells of it and goes on; what was applied is kept.
     }

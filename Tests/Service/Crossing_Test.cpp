@@ -36,8 +36,8 @@ TEST_F(Crossing, AnUploadIsTakenAfterTheQueryThatFollowsTheRefusal) {
     EXPECT_EQ(Upload(Change(1, "A")), 3);
 }
 
-TEST_F(Crossing, APatchOfAVersionThatIsYetToComeIsRefused) {
-    EXPECT_EQ(UploadCode(Change(2, "A")), "200100");
+TEST_F(Crossing, APatchOfAVersionThatIsYetToComeOrNeverWasIsRefused) {
+    EXPECT_EQ(UploadCode(Change(2, "A")), "40903");
     EXPECT_EQ(UploadCode(Change(-1, "A")), "200100");
 }
 

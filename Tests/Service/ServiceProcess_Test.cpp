@@ -89,6 +89,7 @@ protected:
         const auto secret = File("secret");
         std::ofstream(secret) << "anna's secret";
         EXPECT_EQ(Run({"user", "add", "anna", "--secret-file", secret, "--db", File("s.db")}), 0);
+        std::filesystem::remove(secret);
         EXPECT_EQ(Run({"project", "create", "p", "--db", File("s.db")}), 0);
         const auto file =
             Written("p.json", {{"format", "tolm-project"}, {"formatVersion", 1}, {"tables", json::object()}});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <stdexcept>
 #include <string>
@@ -61,6 +62,8 @@ private:
     [[noreturn]] static void Become(const std::vector<char*>& argv, int output, rlim_t fileLimit) {
         const rlimit noCore{0, 0};
         const rlimit longestFile{fileLimit, fileLimit};
+        unsetenv("GTEST_TOTAL_SHARDS"); // a test program that a test runs is not one part of many
+        unsetenv("GTEST_SHARD_INDEX");
         setrlimit(RLIMIT_CORE, &noCore);
         setrlimit(RLIMIT_FSIZE, &longestFile);
         dup2(output, STDOUT_FILENO);

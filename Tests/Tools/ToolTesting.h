@@ -14,6 +14,7 @@
 
 #include <cstdlib>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,7 +27,8 @@ struct ToolRun {
     std::string out;
     std::string err;
 
-    nlohmann::json Json() const { return nlohmann::json::parse(out); }
+    /// What it printed; throws with what it said in place of it.
+    nlohmann::json Json() const { return out.empty() ? throw std::runtime_error(err) : nlohmann::json::parse(out); }
 };
 
 /// Runs the command line in this process.

@@ -2,6 +2,7 @@
 
 #include "Tolm/Comparison.h"
 #include "Tolm/Errors.h"
+#include "Tolm/Profile.h"
 #include "Tolm/ProgressBar.h"
 #include "Tolm/Workplace.h"
 
@@ -23,7 +24,7 @@ using vorn::StringUtil;
 class KeptDataset {
 public:
     explicit KeptDataset(const std::wstring& path) : m_path(path), m_kept(PathOf(path)) {
-        if (!Copy(m_path, m_kept))
+        if (!Copy(m_path, m_kept) || !vorn::FileUtility::Copy(Profile::PathFor(m_path), Profile::PathFor(m_kept)))
             throw Failure("the dataset cannot be copied to " + Name() + "; nothing was pulled");
     }
 

@@ -135,7 +135,8 @@ constexpr const char* kProbes = "TOLMTEST_PROBES";
 
 int RunProbe(const std::string& name, const std::string& output) {
     const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
-    const std::string command = std::string(kProbes) + "=1 '" + self + "' --gtest_filter=Probe." + name;
+    const std::string command = "env -u GTEST_TOTAL_SHARDS -u GTEST_SHARD_INDEX " + std::string(kProbes) + "=1 '" +
+                                self + "' --gtest_filter=Probe." + name;
     return std::system((command + " > '" + output + "' 2>&1").c_str());
 }
 
