@@ -1,0 +1,108 @@
+// Compares a dataset and its service with PouchDB and its server: the same project, the same works, in turns.
+// `run` beside this file tells the options, and gives the folder of the built programs.
+import {execFileSync} from 'node:child_process';
+import {mkdirSync, mkdtempSync, readFileSync, rmSync} from 'node:fs';
+import {createRequire} from 'node:module';
+import {tmpdir} from 'node:os';
+import {parseArgs} from 'node:util';
+import {OwnSide} from './own.mjs';
+import {PeerSide} from './peer.mjs';
+import {pickEdits, rowsAfter} from './project.mjs';
+
+const goal = 8;
+const warmUpRows = 1000;
+const works = [
+  'full pull into an empty store',
+  'incremental pull, 1 % changed',
+  'one edit',
+  'synchronisation, 1 % changed on each side',
+];
+
+const {values: options} = parseArgs({options: {
+  programs: {type: 'string'},
+  rounds: {type: 'string', default: '5'},
+  rows: {type: 'string', default: '2000,10000,50000'},
+  batch: {type: 'string', default: '1000'},
+}});
+
+function generate(folder, rows) {
+  const [out, changeOut] = [`${folder}/project.json`, `${folder}/change.json`];
+  execFileSync(`${options.programs}/tolm-generate`,
+    ['--rows', rows, '--seed', 1, '--out', out, '--change', 1, '--change-out', changeOut].map(String));
+  const [project, change] = [out, changeOut].map((file) => JSON.parse(readFileSync(file, 'utf8')));
+  return {project, change, edits: pickEdits(project, change)};
+}
+
+/// All works of one round, each work by one side and then by the other. Gives the seconds of each side by work.
+async function runRound(sides, round, {project, change, edits}) {
+  const none = {add: {}, edit: {}, remove: {}};
+  const seconds = new Map(works.map((work) => [work, []]));
+  const [pull, increment, edit, sync] = [...seconds.values()];
+  const inTurns = async (step) => {
+    for (const side of sides) await step(side);
+  };
+  await inTurns((side) => side.beginRound(round));
+  await inTurns(async (side) => pull.push(await side.pull()));
+  await inTurns((side) => side.check(rowsAfter(project, none, []), false));
+  await inTurns((side) => side.keep());
+  await inTurns((side) => side.changeServer(change));
+  await inTurns(async (side) => increment.push(await side.increment()));
+  await inTurns((side) => side.check(rowsAfter(project, change, []), false));
+  await inTurns((side) => side.restore());
+  await inTurns(async (side) => edit.push(await side.edit(edits)));
+  await inTurns(async (side) => sync.push(await side.sync()));
+  await inTurns((side) => side.check(rowsAfter(project, change, edits), true));
+  await inTurns((side) => side.endRound());
+  return seconds;
+}
+
+/// Rounds of one size. A list of [own seconds, peer's seconds] for each work.
+async function runRounds(folder, rows, rounds) {
+  mkdirSync(folder);
+  const generated = generate(folder, rows);
+  const sides = [new OwnSide(folder, options.programs), new PeerSide(folder, Number(options.batch))];
+  for (const side of sides) await side.start(generated.project);
+  const times = new Map(works.map((work) => [work, []]));
+  for (let round = 1; round <= rounds; ++round) {
+    for (const [work, seconds] of await runRound(sides, round, generated)) times.get(work).push(seconds);
+    console.error(`${rows} rows, round ${round}: ${[...times.values()].map((list) =>
+      list.at(-1).map((seconds) => seconds.toPrecision(3)).join(' / ')).join('; ')}`);
+  }
+  for (const side of sides) await side.stop();
+  rmSync(folder, {recursive: true});
+  return times;
+}
+
+const sorted = (values) => [...values].sort((a, b) => a - b);
+const median = (values) => (sorted(values)[(values.length - 1) >> 1] + sorted(values)[values.length >> 1]) / 2;
+const timeText = (seconds) => (seconds < 0.1 ? `${(seconds * 1000).toFixed(2)} ms` : `${(seconds * 1000).toFixed(0)} ms`);
+
+function lineOf(work, rows, times) {
+  const ratios = times.map(([own, peer]) => peer / own);
+  const ratio = median(ratios);
+  const ends = sorted(ratios).map((value) => value.toFixed(2));
+  return `| ${[work, rows, timeText(median(times.map(([own]) => own))), timeText(median(times.map(([, peer]) => peer))),
+    ratio.toFixed(2), `${ends[0]} to ${ends.at(-1)}`, goal, ratio >= goal ? 'met' : 'missed'].join(' | ')} |`;
+}
+
+async function main() {
+  const folder = mkdtempSync(`${tmpdir()}/tolm-peers-`);
+  try {
+    await runRounds(`${folder}/warm-up`, warmUpRows, 1);
+    const lines = [];
+    for (const rows of options.rows.split(',').map(Number)) {
+      for (const [work, times] of await runRounds(`${folder}/${rows}`, rows, Number(options.rounds)))
+        lines.push({work, line: lineOf(work, rows, times)});
+    }
+    const {dependencies} = createRequire(import.meta.url)('./package.json');
+    console.log(`PouchDB ${dependencies.pouchdb}, express-pouchdb ${dependencies['express-pouchdb']}, Node.js `
+      + `${process.versions.node}; batches of ${options.batch}; ${options.rounds} rounds.\n`);
+    console.log('| Work | Rows | TolmDataSet, durable | PouchDB, not durable | Ratio | Range | Goal | |');
+    console.log('|---|---|---|---|---|---|---|---|');
+    for (const work of works) lines.filter((line) => line.work === work).forEach(({line}) => console.log(line));
+  } finally {
+    rmSync(folder, {recursive: true, force: true});
+  }
+}
+
+await main();
