@@ -1,7 +1,7 @@
 // Compares a dataset and its service with PouchDB and its server: the same project, the same works, in turns.
 // `run` beside this file tells the options, and gives the folder of the built programs.
 import {execFileSync} from 'node:child_process';
-import {mkdirSync, mkdtempSync, readFileSync, rmSync} from 'node:fs';
+import {mkdtempSync, readFileSync, rmSync} from 'node:fs';
 import {createRequire} from 'node:module';
 import {tmpdir} from 'node:os';
 import {parseArgs} from 'node:util';
@@ -10,11 +10,12 @@ import {PeerSide} from './peer.mjs';
 import {pickEdits, rowsAfter} from './project.mjs';
 
 const goal = 8;
-const warmUpRows = 1000;
+const warmUpRows = 2000;
 const works = [
   'full pull into an empty store',
   'incremental pull, 1 % changed',
   'one edit',
+  'one edit, both on disk',
   'synchronisation, 1 % changed on each side',
 ];
 
@@ -22,7 +23,7 @@ const {values: options} = parseArgs({options: {
   programs: {type: 'string'},
   rounds: {type: 'string', default: '5'},
   rows: {type: 'string', default: '2000,10000,50000'},
-  batch: {type: 'string', default: '1000'},
+  batch: {type: 'string', default: '5000'},
 }});
 
 function generate(folder, rows) {
@@ -37,7 +38,7 @@ function generate(folder, rows) {
 async function runRound(sides, round, {project, change, edits}) {
   const none = {add: {}, edit: {}, remove: {}};
   const seconds = new Map(works.map((work) => [work, []]));
-  const [pull, increment, edit, sync] = [...seconds.values()];
+  const [pull, increment, edit, durableEdit, sync] = [...seconds.values()];
   const inTurns = async (step) => {
     for (const side of sides) await step(side);
   };
@@ -48,6 +49,7 @@ async function runRound(sides, round, {project, change, edits}) {
   await inTurns((side) => side.changeServer(change));
   await inTurns(async (side) => increment.push(await side.increment()));
   await inTurns((side) => side.check(rowsAfter(project, change, []), false));
+  await inTurns(async (side) => durableEdit.push(await side.editDurably(edits)));
   await inTurns((side) => side.restore());
   await inTurns(async (side) => edit.push(await side.edit(edits)));
   await inTurns(async (side) => sync.push(await side.sync()));
@@ -56,20 +58,19 @@ async function runRound(sides, round, {project, change, edits}) {
   return seconds;
 }
 
+let roundsBegun = 0; // names what a round leaves on a server
+
 /// Rounds of one size. A list of [own seconds, peer's seconds] for each work.
-async function runRounds(folder, rows, rounds) {
-  mkdirSync(folder);
+async function runRounds(folder, sides, rows, rounds) {
   const generated = generate(folder, rows);
-  const sides = [new OwnSide(folder, options.programs), new PeerSide(folder, Number(options.batch))];
-  for (const side of sides) await side.start(generated.project);
+  for (const side of sides) await side.load(generated.project);
   const times = new Map(works.map((work) => [work, []]));
   for (let round = 1; round <= rounds; ++round) {
-    for (const [work, seconds] of await runRound(sides, round, generated)) times.get(work).push(seconds);
-    console.error(`${rows} rows, round ${round}: ${[...times.values()].map((list) =>
-      list.at(-1).map((seconds) => seconds.toPrecision(3)).join(' / ')).join('; ')}`);
+    const seconds = await runRound(sides, `${++roundsBegun}`, generated);
+    for (const [work, pair] of seconds) times.get(work).push(pair);
+    console.error(`${rows} rows, round ${round}: ${[...seconds.values()].map((pair) =>
+      pair.map((value) => value.toPrecision(3)).join(' / ')).join('; ')}`);
   }
-  for (const side of sides) await side.stop();
-  rmSync(folder, {recursive: true});
   return times;
 }
 
@@ -85,21 +86,28 @@ function lineOf(work, rows, times) {
     ratio.toFixed(2), `${ends[0]} to ${ends.at(-1)}`, goal, ratio >= goal ? 'met' : 'missed'].join(' | ')} |`;
 }
 
+function printTable(lines) {
+  const {dependencies} = createRequire(import.meta.url)('./package.json');
+  console.log(`PouchDB ${dependencies.pouchdb}, express-pouchdb ${dependencies['express-pouchdb']}, Node.js `
+    + `${process.versions.node}; batches of ${options.batch}; ${options.rounds} rounds.\n`);
+  console.log('| Work | Rows | TolmDataSet, durable | PouchDB, not durable | Ratio | Range | Goal | |');
+  console.log('|---|---|---|---|---|---|---|---|');
+  for (const work of works) lines.filter((line) => line.work === work).forEach(({line}) => console.log(line));
+}
+
 async function main() {
   const folder = mkdtempSync(`${tmpdir()}/tolm-peers-`);
   try {
-    await runRounds(`${folder}/warm-up`, warmUpRows, 1);
+    const sides = [new OwnSide(folder, options.programs), new PeerSide(folder, Number(options.batch))];
+    for (const side of sides) await side.start();
+    await runRounds(folder, sides, warmUpRows, 1);
     const lines = [];
     for (const rows of options.rows.split(',').map(Number)) {
-      for (const [work, times] of await runRounds(`${folder}/${rows}`, rows, Number(options.rounds)))
+      for (const [work, times] of await runRounds(folder, sides, rows, Number(options.rounds)))
         lines.push({work, line: lineOf(work, rows, times)});
     }
-    const {dependencies} = createRequire(import.meta.url)('./package.json');
-    console.log(`PouchDB ${dependencies.pouchdb}, express-pouchdb ${dependencies['express-pouchdb']}, Node.js `
-      + `${process.versions.node}; batches of ${options.batch}; ${options.rounds} rounds.\n`);
-    console.log('| Work | Rows | TolmDataSet, durable | PouchDB, not durable | Ratio | Range | Goal | |');
-    console.log('|---|---|---|---|---|---|---|---|');
-    for (const work of works) lines.filter((line) => line.work === work).forEach(({line}) => console.log(line));
+    for (const side of sides) await side.stop();
+    printTable(lines);
   } finally {
     rmSync(folder, {recursive: true, force: true});
   }

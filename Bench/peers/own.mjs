@@ -8,13 +8,13 @@ import {catalogueOf, isEditable, requireSame, rowsOf, secondsOf} from './project
 
 const secret = 'a secret of this run';
 
-/// One size of project. Every round has a project of its own on the service.
+/// The service and the host. Every round has a project of its own on the service.
 export class OwnSide {
   name = 'TolmDataSet';
 
   constructor(folder, programs) {
-    this.programs = programs;
     this.folder = `${folder}/own`;
+    this.programs = programs;
     this.local = `${this.folder}/local`;
     this.env = {...process.env, TOLM_SERVICE_DB: `${this.folder}/settings.db`};
   }
@@ -32,30 +32,49 @@ export class OwnSide {
     return `${this.folder}/${name}`;
   }
 
-  async start(project) {
-    mkdirSync(this.folder, {recursive: true});
-    this.projectFile = this.write('project.json', project);
+  async start() {
+    mkdirSync(this.folder);
     this.service('user', 'add', 'compare');
     const portFile = `${this.folder}/port`;
     this.server = spawn(`${this.programs}/tolm-service`, ['serve', '--quiet', '--port-file', portFile],
       {env: this.env, stdio: ['ignore', 'ignore', 'inherit']});
     process.on('exit', () => this.server.kill());
-    while (!existsSync(portFile) || !readFileSync(portFile, 'utf8').trim()) await sleep(20);
-    this.address = `http://127.0.0.1:${readFileSync(portFile, 'utf8').trim()}`;
-    await this.startHost(this.write('catalogue.json', catalogueOf(project)));
+    const port = () => existsSync(portFile) && readFileSync(portFile, 'utf8').trim();
+    while (!port()) await sleep(20);
+    this.address = `http://127.0.0.1:${port()}`;
   }
 
-  async startHost(catalogue) {
-    this.run('tolm', 'new', `${this.folder}/any.db`, '--components', catalogue);
-    const {componentFile} = JSON.parse(readFileSync(`${this.folder}/any.tolm.json`, 'utf8'));
-    const answer = await fetch(`${this.address}/api/SignIn`,
-      {method: 'POST', headers: {'Content-Type': 'application/json'},
-        body: JSON.stringify({userId: 'compare', secret})});
-    const {data: {token}} = await answer.json();
+  /// Starts a host that has the components of the project's fittings.
+  async load(project) {
+    await this.stopHost();
+    rmSync(`${this.folder}/host`, {recursive: true, force: true});
+    mkdirSync(`${this.folder}/host`);
+    this.projectFile = this.write('project.json', project);
+    this.run('tolm', 'new', `${this.folder}/host/set.db`, '--components',
+      this.write('catalogue.json', catalogueOf(project)));
+    const {componentFile} = JSON.parse(readFileSync(`${this.folder}/host/set.tolm.json`, 'utf8'));
     this.host = spawn(`${this.programs}/tolm-dataset-side`, [this.address, 'compare', componentFile],
-      {env: {...process.env, TOLM_TOKEN: token}, stdio: ['pipe', 'pipe', 'inherit']});
-    process.on('exit', () => this.host.kill());
+      {env: {...process.env, TOLM_TOKEN: await this.signIn()}, stdio: ['pipe', 'pipe', 'inherit']});
     this.answers = createInterface({input: this.host.stdout})[Symbol.asyncIterator]();
+  }
+
+  async signIn() {
+    const answer = await fetch(`${this.address}/api/SignIn`, {
+      method: 'POST', headers: {'Content-Type': 'application/json'}, body: JSON.stringify({userId: 'compare', secret}),
+    });
+    return (await answer.json()).data.token;
+  }
+
+  async stopHost() {
+    if (!this.host) return;
+    this.host.stdin.end();
+    await once(this.host, 'exit');
+  }
+
+  async stop() {
+    await this.stopHost();
+    this.server.kill();
+    await once(this.server, 'exit');
   }
 
   async tell(command, ...args) {
@@ -72,16 +91,8 @@ export class OwnSide {
     return seconds;
   }
 
-  async stop() {
-    this.host.stdin.end();
-    await once(this.host, 'exit');
-    this.server.kill();
-    await once(this.server, 'exit');
-    rmSync(this.folder, {recursive: true});
-  }
-
   async beginRound(round) {
-    this.id = `round${round}`;
+    this.id = round;
     this.service('project', 'create', '--project', this.id, '--name', this.id);
     this.service('project', 'fill', '--project', this.id, '--file', this.projectFile);
   }
@@ -108,6 +119,7 @@ export class OwnSide {
   pull() { return this.timed('pull'); }
   increment() { return this.timed('pull'); }
   edit(picked) { return this.timed('edit', ...picked.map(({id}) => id)); }
+  editDurably(picked) { return this.edit(picked); }
   sync() { return this.timed('sync'); }
 
   /// The host has made sure that dataset and service are at the same version.

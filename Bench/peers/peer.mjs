@@ -1,7 +1,7 @@
 // PouchDB's side of the comparison: its client in this process, its server in another one (`node peer.mjs FOLDER`
 // serves databases in the folder and prints its port).
 import {spawn} from 'node:child_process';
-import {cpSync, mkdirSync, rmSync} from 'node:fs';
+import {closeSync, cpSync, fdatasyncSync, mkdirSync, openSync, readdirSync, rmSync} from 'node:fs';
 import {once} from 'node:events';
 import {fileURLToPath} from 'node:url';
 import PouchDB from 'pouchdb';
@@ -23,7 +23,7 @@ async function fetchAll(database, keys) {
   return rows.map((row) => row.doc);
 }
 
-/// One size of project. Every round has a database of its own on the server.
+/// Every round has a database of its own on the server.
 export class PeerSide {
   name = 'PouchDB';
 
@@ -33,9 +33,8 @@ export class PeerSide {
     this.options = {batch_size: batch};
   }
 
-  async start(project) {
+  async start() {
     mkdirSync(`${this.folder}/server`, {recursive: true});
-    this.project = project;
     this.process = spawn(process.execPath, [fileURLToPath(import.meta.url), `${this.folder}/server`],
       {stdio: ['ignore', 'pipe', 'inherit']});
     process.on('exit', () => this.process.kill());
@@ -46,11 +45,14 @@ export class PeerSide {
   async stop() {
     this.process.kill();
     await once(this.process, 'exit');
-    rmSync(this.folder, {recursive: true});
+  }
+
+  async load(project) {
+    this.project = project;
   }
 
   async beginRound(round) {
-    this.remote = new PouchDB(`${this.address}/round${round}`);
+    this.remote = new PouchDB(`${this.address}/round-${round}`);
     await store(this.remote, documentsOf(this.project.tables));
   }
 
@@ -98,13 +100,30 @@ export class PeerSide {
     return secondsOf(() => this.database.replicate.from(this.remote, this.options));
   }
 
-  async edit(picked) {
+  /// Edits one after the other, with work after each.
+  async editEach(picked, afterwards) {
     const documents = await fetchAll(this.database, picked.map(({table, id}) => keyOf(table, id)));
     for (const document of documents) document[editedKeyOf(document)] += ' local';
     const seconds = await secondsOf(async () => {
-      for (const document of documents) await this.database.put(document);
+      for (const document of documents) {
+        await this.database.put(document);
+        afterwards();
+      }
     });
     return seconds / documents.length;
+  }
+  edit(picked) {
+    return this.editEach(picked, () => {});
+  }
+  /// What is asked for of LevelDB when a write has to be on disk: a sync of its log.
+  editDurably(picked) {
+    return this.editEach(picked, () => {
+      for (const name of readdirSync(this.local).filter((file) => file.endsWith('.log'))) {
+        const log = openSync(`${this.local}/${name}`);
+        fdatasyncSync(log);
+        closeSync(log);
+      }
+    });
   }
 
   sync() {
