@@ -29,25 +29,13 @@ using Slice = tolm::TolmProjectSettingTableId;
 using vorn::StringUtil;
 
 constexpr int kRequestTimeOut = 600'000'000; // microseconds; it is not what is measured
-const std::vector<Slice> kEditable{
-    Slice::PlumbingPipeMaterials,
-    Slice::HVACPipeMaterials,
-    Slice::PlumbingPipeSizes,
-    Slice::HVACPipeSizes,
-    Slice::DuctSizes,
-    Slice::CableTraySizes,
-    Slice::ConduitSizes,
-    Slice::WireSizes,
-    Slice::PlumbingPipeSeries,
-    Slice::HVACPipeSeries,
-    Slice::DuctSeries,
-    Slice::CableTraySeries,
-    Slice::ConduitSeries,
-    Slice::PlumbingPipeSystemTypes,
-    Slice::HVACPipeSystemTypes,
-    Slice::DuctSystemTypes,
-    Slice::ElectricalSystemTypes,
-};
+const std::vector<Slice> kMaterials{Slice::PlumbingPipeMaterials, Slice::HVACPipeMaterials};
+const std::vector<Slice> kSizes{Slice::PlumbingPipeSizes, Slice::HVACPipeSizes, Slice::DuctSizes,
+                                Slice::CableTraySizes,    Slice::ConduitSizes,  Slice::WireSizes};
+const std::vector<Slice> kSeries{Slice::PlumbingPipeSeries, Slice::HVACPipeSeries, Slice::DuctSeries,
+                                 Slice::CableTraySeries, Slice::ConduitSeries};
+const std::vector<Slice> kSystemTypes{Slice::PlumbingPipeSystemTypes, Slice::HVACPipeSystemTypes,
+                                      Slice::DuctSystemTypes, Slice::ElectricalSystemTypes};
 
 void Require(bool done, const char* what) {
     if (!done)
@@ -133,24 +121,32 @@ double Rename(const std::vector<const Record*>& records, std::set<std::wstring>&
     return seconds;
 }
 
+/// Each kind is collected when the one before is stored: a record is stored with the parts of its tree.
 double Edit(Dataset& dataset, std::set<std::wstring> wanted) {
-    dataset->CollectData(false, kEditable);
     auto* materials = EditTable(dataset->GetMaterialData());
     auto* sizes = EditTable(dataset->GetSizeModuleData());
     auto* series = EditTable(dataset->GetMEPMaterialSerieData());
     auto* systemTypes = EditTable(dataset->GetSystemTypeData());
     const auto count = static_cast<double>(wanted.size());
-    const double seconds =
-        Rename(materials->GetMaterialList(), wanted, [&](auto* record) { materials->AddMaterialToDB(record); }) +
-        Rename(sizes->GetSizeList(), wanted, [&](auto* record) { sizes->AddSizeModuleToDB(record); }) +
-        Rename(series->GetSerieList(), wanted, [&](auto* record) { series->AddSerieToDB(record); }) +
+    dataset->CollectData(false, kMaterials);
+    double seconds =
+        Rename(materials->GetMaterialList(), wanted, [&](auto* record) { materials->AddMaterialToDB(record); });
+    dataset->CollectData(false, kSizes);
+    seconds += Rename(sizes->GetSizeList(), wanted, [&](auto* record) { sizes->AddSizeModuleToDB(record); });
+    dataset->CollectData(false, kSeries);
+    seconds += Rename(series->GetSerieList(), wanted, [&](auto* record) { series->AddSerieToDB(record); });
+    dataset->CollectData(false, kSystemTypes);
+    seconds +=
         Rename(systemTypes->GetSystemTypeList(), wanted, [&](auto* record) { systemTypes->AddSystemTypeToDB(record); });
     Require(wanted.empty(), "a record that is to be edited is not there");
     return seconds / count;
 }
 
 double Count(Dataset& dataset) {
-    dataset->CollectData(false, kEditable);
+    std::vector<Slice> slices;
+    for (const auto* kind : {&kMaterials, &kSizes, &kSeries, &kSystemTypes})
+        slices.insert(slices.end(), kind->begin(), kind->end());
+    dataset->CollectData(false, slices);
     return static_cast<double>(dataset->GetMaterialData()->GetMaterialList().size() +
                                dataset->GetSizeModuleData()->GetSizeList().size() +
                                dataset->GetMEPMaterialSerieData()->GetSerieList().size() +
