@@ -16,12 +16,12 @@ export class OwnSide {
     this.folder = `${folder}/own`;
     this.programs = programs;
     this.local = `${this.folder}/local`;
-    this.env = {...process.env, TOLM_SERVICE_DB: `${this.folder}/settings.db`};
+    this.env = {...process.env, TOLM_SERVICE_DB: `${this.folder}/settings.db`, COMPARE_SECRET: secret};
   }
 
   run(program, ...args) {
     return execFileSync(`${this.programs}/${program}`, args,
-      {encoding: 'utf8', maxBuffer: 2 ** 30, env: this.env, input: secret});
+      {encoding: 'utf8', maxBuffer: 2 ** 30, env: this.env});
   }
   service(...args) {
     return this.run('tolm-service', ...args);
@@ -34,7 +34,7 @@ export class OwnSide {
 
   async start() {
     mkdirSync(this.folder);
-    this.service('user', 'add', 'compare');
+    this.service('user', 'add', 'compare', '--secret-env', 'COMPARE_SECRET');
     const portFile = `${this.folder}/port`;
     this.server = spawn(`${this.programs}/tolm-service`, ['serve', '--quiet', '--port-file', portFile],
       {env: this.env, stdio: ['ignore', 'ignore', 'inherit']});
