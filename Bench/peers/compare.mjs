@@ -79,12 +79,14 @@ const sorted = (values) => [...values].sort((a, b) => a - b);
 const median = (values) => (sorted(values)[(values.length - 1) >> 1] + sorted(values)[values.length >> 1]) / 2;
 const timeText = (seconds) => (seconds < 0.1 ? `${(seconds * 1000).toFixed(2)} ms` : `${(seconds * 1000).toFixed(0)} ms`);
 
+const ratioText = (ratio) => ratio.toFixed(ratio < 0.1 ? 3 : 2);
+
 function lineOf(work, rows, times) {
   const ratios = times.map(([own, peer]) => peer / own);
   const ratio = median(ratios);
-  const ends = sorted(ratios).map((value) => value.toFixed(2));
+  const ends = sorted(ratios).map(ratioText);
   return `| ${[work, rows, timeText(median(times.map(([own]) => own))), timeText(median(times.map(([, peer]) => peer))),
-    ratio.toFixed(2), `${ends[0]} to ${ends.at(-1)}`, goal, ratio >= goal ? 'met' : 'missed'].join(' | ')} |`;
+    ratioText(ratio), `${ends[0]} to ${ends.at(-1)}`, goal, ratio >= goal ? 'met' : 'missed'].join(' | ')} |`;
 }
 
 function printTable(lines) {
@@ -98,20 +100,18 @@ function printTable(lines) {
 
 async function main() {
   const folder = mkdtempSync(`${tmpdir()}/tolm-peers-`);
-  try {
-    const sides = [new OwnSide(folder, options.programs), new PeerSide(folder, Number(options.batch))];
-    for (const side of sides) await side.start();
-    await runRounds(folder, sides, warmUpRows, 1);
-    const lines = [];
-    for (const rows of options.rows.split(',').map(Number)) {
-      for (const [work, times] of await runRounds(folder, sides, rows, Number(options.rounds)))
-        lines.push({work, line: lineOf(work, rows, times)});
-    }
-    for (const side of sides) await side.stop();
-    printTable(lines);
-  } finally {
-    rmSync(folder, {recursive: true, force: true});
+  for (const signal of ['SIGINT', 'SIGTERM']) process.on(signal, () => process.exit(1));
+  process.on('exit', () => rmSync(folder, {recursive: true, force: true}));
+  const sides = [new OwnSide(folder, options.programs), new PeerSide(folder, Number(options.batch))];
+  for (const side of sides) await side.start();
+  await runRounds(folder, sides, warmUpRows, 1);
+  const lines = [];
+  for (const rows of options.rows.split(',').map(Number)) {
+    for (const [work, times] of await runRounds(folder, sides, rows, Number(options.rounds)))
+      lines.push({work, line: lineOf(work, rows, times)});
   }
+  for (const side of sides) await side.stop();
+  printTable(lines);
 }
 
 await main();
