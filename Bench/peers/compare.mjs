@@ -101,9 +101,9 @@ function printTable(lines) {
 async function main() {
   const folder = mkdtempSync(`${tmpdir()}/tolm-peers-`);
   for (const signal of ['SIGINT', 'SIGTERM']) process.on(signal, () => process.exit(1));
-  process.on('exit', () => rmSync(folder, {recursive: true, force: true}));
   const sides = [new OwnSide(folder, options.programs), new PeerSide(folder, Number(options.batch))];
   for (const side of sides) await side.start();
+  process.on('exit', () => rmSync(folder, {recursive: true, force: true, maxRetries: 9}));
   await runRounds(folder, sides, warmUpRows, 1);
   const lines = [];
   for (const rows of options.rows.split(',').map(Number)) {
