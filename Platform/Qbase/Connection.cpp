@@ -40,7 +40,22 @@ void Connection::Closer::operator()(sqlite3* database) const {
 
 Connection::Connection(const std::string& path, bool create) {
     Open(path, create);
-    Configure();
+    ReadMain(path);
+}
+
+std::shared_ptr<Connection> Connection::OpenStore(const std::string& path) {
+    if (!IsFilledFile(path))
+        return nullptr;
+    const auto connection = std::make_shared<Connection>(Unopened{});
+    connection->Open(path, false);
+    if (!IsOpenOnStore(connection->Get()))
+        return nullptr;
+    connection->ReadMain(path);
+    return connection;
+}
+
+void Connection::ReadMain(const std::string& path) {
+    Configure(path);
     AddFile("main", path).inUse = true; // reads the schema
 }
 
@@ -59,15 +74,17 @@ void Connection::Open(const std::string& path, bool create) {
         throw SqlFailure{code};
 }
 
-/// Nothing that a file brings along is run or trusted.
-void Connection::Configure() {
+/// Nothing that a file brings along is run or trusted. A working copy is worth nothing after a crash: it may reach the
+/// disk when the system likes.
+void Connection::Configure(const std::string& path) {
     sqlite3_extended_result_codes(Get(), 1);
     sqlite3_busy_handler(Get(), OnBusy, this);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
-    Execute("PRAGMA cell_size_check=ON;PRAGMA synchronous=FULL");
+    const bool isCopy = WorkingCopyRegistry::Has(path);
+    Execute("PRAGMA cell_size_check=ON;PRAGMA synchronous=" + std::string(isCopy ? "OFF" : "FULL"));
 }
 
 Connection::File& Connection::AddFile(const std::string& schema, const std::string& path) {

@@ -5,6 +5,7 @@
 #include "Qbase/WaiterInternal.h"
 
 #include <list>
+#include <memory>
 #include <string>
 
 namespace qbase {
@@ -12,6 +13,8 @@ namespace qbase {
 /// One open SQLite connection with the store's file and those that were opened beside it. Every operation throws
 /// `SqlFailure` where SQLite reports one, unless it is noexcept.
 class Connection {
+    struct Unopened {};
+
 public:
     /// One file of the connection.
     struct File {
@@ -24,6 +27,10 @@ public:
 
     /// Opens the file at the path; `create` lets it come into being, without a byte.
     Connection(const std::string& path, bool create);
+    /// Opens the file where a first look says that it is a settled store; null where it does not. The look goes
+    /// through the connection, so that the file is opened once.
+    static std::shared_ptr<Connection> OpenStore(const std::string& path);
+    explicit Connection(Unopened) {}
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
@@ -77,7 +84,8 @@ private:
 
     static int OnBusy(void* self, int);
     void Open(const std::string& path, bool create);
-    void Configure();
+    void Configure(const std::string& path);
+    void ReadMain(const std::string& path);
     File& AddFile(const std::string& schema, const std::string& path);
     File* FindLeft(const std::string& path);
     void AttachFile(const std::string& schema, const std::string& path, bool create);

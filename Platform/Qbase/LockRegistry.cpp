@@ -20,6 +20,21 @@ struct Registry {
     std::vector<Holding> holdings;
 };
 
+struct WorkingCopy {
+    std::string path;
+    const void* owner;
+};
+
+struct WorkingCopies {
+    std::mutex mutex;
+    std::vector<WorkingCopy> copies;
+};
+
+WorkingCopies& TheCopies() {
+    static WorkingCopies copies;
+    return copies;
+}
+
 Registry& TheRegistry() {
     static Registry registry;
     return registry;
@@ -59,6 +74,23 @@ bool LockRegistry::IsHeld(const FileIdentity& file) {
 
 bool LockRegistry::IsHeldForUpdate(const FileIdentity& file) {
     return AnyOfThisThread(file, [](const Holding& holding) { return holding.kind == LockKind::Update; });
+}
+
+void WorkingCopyRegistry::Add(const void* owner, const std::vector<std::string>& paths) {
+    Remove(owner);
+    const std::lock_guard lock(TheCopies().mutex);
+    for (const auto& path : paths)
+        TheCopies().copies.push_back({path, owner});
+}
+
+void WorkingCopyRegistry::Remove(const void* owner) noexcept {
+    const std::lock_guard lock(TheCopies().mutex);
+    std::erase_if(TheCopies().copies, [&](const WorkingCopy& copy) { return copy.owner == owner; });
+}
+
+bool WorkingCopyRegistry::Has(const std::string& path) {
+    const std::lock_guard lock(TheCopies().mutex);
+    return std::ranges::any_of(TheCopies().copies, [&](const WorkingCopy& copy) { return copy.path == path; });
 }
 
 } // namespace qbase

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace qbase {
 
@@ -29,6 +30,15 @@ public:
     static bool IsHeld(const FileIdentity& file);
     /// True when this thread holds the file's update lock.
     static bool IsHeldForUpdate(const FileIdentity& file);
+};
+
+/// Which files of this process are working copies, by their whole paths. Any thread may call it.
+class WorkingCopyRegistry {
+public:
+    /// Notes the owner's copies, in place of those that it had.
+    static void Add(const void* owner, const std::vector<std::string>& paths);
+    static void Remove(const void* owner) noexcept;
+    static bool Has(const std::string& path);
 };
 
 } // namespace qbase

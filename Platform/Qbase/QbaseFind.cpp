@@ -63,11 +63,19 @@ QbaseError CQbase::Impl::Exists(const char* classCode, const wchar_t* id) {
 }
 
 bool CQbase::Impl::HasRecord(ClassTable& table, const std::string& id) {
-    if (!table.Exists())
+    if (!table.Exists() || IsKnownAbsent(table, id))
         return false;
     Statement& statement = table.HasId();
     statement.BindText(1, id);
-    return statement.Run();
+    const bool has = statement.Run();
+    if (!has && IsLocked())
+        m_absent = {&table, id, Place()};
+    return has;
+}
+
+/// Whoever makes a record asks for it several times over.
+bool CQbase::Impl::IsKnownAbsent(const ClassTable& table, const std::string& id) const {
+    return IsLocked() && m_absent.table == &table && m_absent.place == Place() && m_absent.id == id;
 }
 
 QbaseError CQbase::Impl::FetchEqual(const char* classCode, const wchar_t* id) {

@@ -88,6 +88,13 @@ private:
     bool IsOpen() const { return m_connection != nullptr; }
     bool IsLocked() const { return m_connection->Held() != qbase::LockKind::None; }
 
+    /// A record that was looked for and is not there. Under a lock that stays so until this handle changes something.
+    struct Absent {
+        const qbase::ClassTable* table = nullptr;
+        std::string id;
+        unsigned place = 0; ///< `Place()` when it was looked for
+    };
+
     // QbaseOpen.cpp
     QbaseError Prepare(const std::wstring& definitionPath, const std::wstring& filePath);
     QbaseError OpenConnection();
@@ -106,6 +113,7 @@ private:
     QbaseError FindTable(const char* classCode, qbase::ClassTable*& table);
     qbase::ClassTable& TableAt(std::size_t position);
     bool HasRecord(qbase::ClassTable& table, const std::string& id);
+    bool IsKnownAbsent(const qbase::ClassTable& table, const std::string& id) const;
     void CheckMayRead();
     QbaseError AddFilter(short attributeId, const char* op, Filter filter);
     void FiltersChanged() noexcept;
@@ -147,9 +155,10 @@ private:
     std::string m_path;
     bool m_create = false;
     bool m_isCompanion = false;
-    long m_openings = 0; ///< connections that this handle has had
+    long m_openings = 0; ///< how often this handle has opened a file
     std::vector<std::unique_ptr<qbase::ClassTable>> m_tables;
     qbase::Record m_record;
+    Absent m_absent;
     std::vector<Filter> m_filters;
     Cursors m_memberCursors;
     Cursors m_fileCursors;

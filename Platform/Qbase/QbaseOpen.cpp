@@ -80,11 +80,16 @@ QbaseError CQbase::Impl::TryOpen(qbase::Waiter& waiter, bool& again) {
     Forget();
     if (WouldWaitForItself(m_path, nullptr))
         return QbaseError::Locked;
+    ++m_openings;
+    m_connection = Connection::OpenStore(m_path);
+    if (m_connection != nullptr) {
+        m_file = &m_connection->Main();
+        return QbaseError::None;
+    }
     const auto kind = qbase::Examine(m_path, waiter);
     if (const auto error = ErrorOf(kind, m_create); error != QbaseError::None)
         return error;
     m_connection = std::make_shared<Connection>(m_path, m_create);
-    ++m_openings;
     m_file = &m_connection->Main();
     if (kind == StoreFileKind::Store)
         return QbaseError::None;
@@ -111,6 +116,7 @@ void CQbase::Impl::Forget() noexcept {
     m_memberCursors.clear();
     m_fileCursors.clear();
     m_tables.clear();
+    m_absent = {};
     m_record.state = qbase::Record::State::None;
     m_lastNumber.reset();
     if (m_isCompanion && m_connection)

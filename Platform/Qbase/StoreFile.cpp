@@ -43,13 +43,7 @@ public:
     RawFile(const RawFile&) = delete;
     RawFile& operator=(const RawFile&) = delete;
 
-    /// False when the file is shorter.
-    bool Read(HeaderBytes& bytes) {
-        const int code = m_file->pMethods->xRead(m_file, bytes.data(), static_cast<int>(bytes.size()), 0);
-        if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ)
-            throw SqlFailure{code};
-        return code == SQLITE_OK;
-    }
+    sqlite3_file& Get() { return *m_file; }
 
     void LockShared(Waiter& waiter) {
         int code = SQLITE_BUSY;
@@ -82,9 +76,17 @@ int BigEndian(const HeaderBytes& bytes, std::size_t at) {
     return static_cast<int>(value);
 }
 
-StoreFileKind Judge(RawFile& file) {
+/// False when the file is shorter.
+bool ReadHeader(sqlite3_file& file, HeaderBytes& bytes) {
+    const int code = file.pMethods->xRead(&file, bytes.data(), static_cast<int>(bytes.size()), 0);
+    if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ)
+        throw SqlFailure{code};
+    return code == SQLITE_OK;
+}
+
+StoreFileKind Judge(sqlite3_file& file) {
     HeaderBytes bytes{};
-    if (!file.Read(bytes))
+    if (!ReadHeader(file, bytes))
         return StoreFileKind::Foreign;
     const std::string_view magic(reinterpret_cast<const char*>(bytes.data()), kMagic.size());
     if (magic != kMagic || BigEndian(bytes, kApplicationIdAt) != kApplicationId)
@@ -119,6 +121,17 @@ std::optional<FileIdentity> IdentityOf(const std::string& path) {
     return FileIdentity{status.st_dev, status.st_ino};
 }
 
+bool IsFilledFile(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
+}
+
+bool IsOpenOnStore(sqlite3* database) {
+    sqlite3_file* file = nullptr;
+    const int code = sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    return code == SQLITE_OK && file != nullptr && file->pMethods != nullptr && Judge(*file) == StoreFileKind::Store;
+}
+
 StoreFileKind Examine(const std::string& path, Waiter& waiter) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0)
@@ -128,10 +141,10 @@ StoreFileKind Examine(const std::string& path, Waiter& waiter) {
     if (status.st_size == 0)
         return StoreFileKind::Empty;
     RawFile file(path);
-    if (const auto kind = Judge(file); kind == StoreFileKind::Store)
+    if (const auto kind = Judge(file.Get()); kind == StoreFileKind::Store)
         return kind;
     file.LockShared(waiter); // what a writer leaves half done for a moment is not to be judged
-    const auto kind = Judge(file);
+    const auto kind = Judge(file.Get());
     if (kind != StoreFileKind::Store && IdentityOf(path + "-journal"))
         return StoreFileKind::Unsettled;
     return kind;

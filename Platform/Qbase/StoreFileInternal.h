@@ -34,6 +34,12 @@ std::string WholePath(const std::wstring& path);
 /// The file at the path; nothing where none stands.
 std::optional<FileIdentity> IdentityOf(const std::string& path);
 
+/// True for a regular file that is not empty.
+bool IsFilledFile(const std::string& path);
+
+/// What `Examine` calls a store at first sight, looked at through a connection that has not been used yet.
+bool IsOpenOnStore(sqlite3* database);
+
 /// Looks at the file, and waits while another process writes it. Throws `SqlFailure` when it cannot be read.
 StoreFileKind Examine(const std::string& path, Waiter& waiter);
 

@@ -81,13 +81,22 @@ std::vector<std::string> ColumnsOf(Connection& connection, const std::string& sc
     return columns;
 }
 
-/// The condition under which the row of `s` is that of `t`. Without a number there is no telling.
+/// True where no number stands twice.
+bool IsNumbered(Connection& connection, const std::string& schema, const std::string& table) {
+    Statement select(connection.Get(), "SELECT name,upper(type) FROM pragma_table_info(?,?) WHERE pk>0");
+    select.BindText(1, table);
+    select.BindText(2, schema);
+    return select.Step() && select.Bytes(0) == kNumberColumn && select.Bytes(1) == "INTEGER" && !select.Step();
+}
+
+/// The condition under which the row of `s` is that of `t`. Without a number there is no telling. The plus keeps
+/// SQLite from weighing each index against the number.
 std::string SameRow(const std::vector<std::string>& columns) {
     if (std::ranges::find(columns, kNumberColumn) == columns.end())
         return "0";
     std::string condition = "s.seq=t.seq";
     for (const auto& column : columns) // an attribute may be missing in both
-        condition += " AND s." + QuotedAnyName(column) + " IS t." + QuotedAnyName(column);
+        condition += " AND +s." + QuotedAnyName(column) + " IS +t." + QuotedAnyName(column);
     return condition;
 }
 
@@ -98,17 +107,18 @@ std::string Joined(const std::vector<std::string>& columns) {
     return list;
 }
 
-/// Rows that differ go first, so that no id stands twice in between.
+/// Rows that differ go first, so that no id stands twice in between. What is left then is the same under each number.
 void ReplaceRows(Connection& connection, const std::string& target, const std::string& source,
                  const std::string& table) {
     const auto columns = ColumnsOf(connection, source, table);
     const std::string to = FullName(target, table);
     const std::string from = FullName(source, table);
     const std::string same = SameRow(columns);
+    const std::string left = IsNumbered(connection, source, table) ? "s.seq=t.seq" : same;
     RunOne(connection,
            "DELETE FROM " + to + " AS t WHERE NOT EXISTS(SELECT 1 FROM " + from + " AS s WHERE " + same + ")");
     RunOne(connection, "INSERT INTO " + to + "(" + Joined(columns) + ")SELECT " + Joined(columns) + " FROM " + from +
-                           " AS s WHERE NOT EXISTS(SELECT 1 FROM " + to + " AS t WHERE " + same + ")");
+                           " AS s WHERE NOT EXISTS(SELECT 1 FROM " + to + " AS t WHERE " + left + ")");
 }
 
 void ReplaceMark(Connection& connection, const std::string& target, const std::string& source,

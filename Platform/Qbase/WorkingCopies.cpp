@@ -70,6 +70,10 @@ public:
     }
     short LastError() const { return static_cast<short>(m_lastError); }
 
+    ~Impl() { ForgetCopies(); }
+    /// What stands at the copies' paths from now on is a file like others.
+    void ForgetCopies() noexcept { qbase::WorkingCopyRegistry::Remove(this); }
+
 private:
     struct Store {
         Paths paths;
@@ -93,6 +97,7 @@ private:
 
 void CQbaseWorkingCopies::Impl::LetGo() noexcept {
     m_connection.reset();
+    ForgetCopies();
     for (auto& store : m_stores)
         store.copy.reset();
 }
@@ -154,6 +159,7 @@ bool CQbaseWorkingCopies::Impl::OpenBoth() {
 QbaseError CQbaseWorkingCopies::Impl::CopyBoth() {
     if (m_connection->AnyMoved())
         return QbaseError::NotFound;
+    qbase::WorkingCopyRegistry::Add(this, {m_stores[0].paths.copy, m_stores[1].paths.copy});
     for (auto& store : m_stores) {
         qbase::CopyFile(m_connection->Get(), store.file->schema, store.paths.copy);
         store.copy = std::make_unique<Connection>(store.paths.copy, false);

@@ -2,16 +2,53 @@
 
 #include <uuid/uuid.h>
 
+#include <algorithm>
 #include <atomic>
+#include <sys/random.h>
+#include <unistd.h>
 
 namespace vorn {
 namespace {
 
 constinit std::atomic<GuidUtils::Generator> g_generator = nullptr;
 
+/// Random bytes of the system for several GUIDs at a time, of one thread. A process that was forked asks anew.
+class RandomBytes {
+public:
+    /// False when the system has none to give.
+    bool Take(Guid& guid) {
+        if ((m_used == m_bytes.size() || m_process != getpid()) && !Fill())
+            return false;
+        std::copy_n(m_bytes.begin() + m_used, guid.bytes.size(), guid.bytes.begin());
+        m_used += guid.bytes.size();
+        return true;
+    }
+
+private:
+    bool Fill() {
+        m_process = getpid();
+        m_used = getentropy(m_bytes.data(), m_bytes.size()) == 0 ? 0 : m_bytes.size();
+        return m_used == 0;
+    }
+
+    std::array<std::uint8_t, 256> m_bytes{}; // as many as are given at once
+    std::size_t m_used = m_bytes.size();
+    pid_t m_process = 0;
+};
+
+/// Version 4 of variant 1 (RFC 4122, section 4.4).
+void MarkAsRandom(Guid& guid) {
+    guid.bytes[6] = static_cast<std::uint8_t>((guid.bytes[6] & 0x0F) | 0x40);
+    guid.bytes[8] = static_cast<std::uint8_t>((guid.bytes[8] & 0x3F) | 0x80);
+}
+
 Guid GenerateRandom() {
+    thread_local RandomBytes random;
     Guid guid;
-    uuid_generate_random(guid.bytes.data());
+    if (random.Take(guid))
+        MarkAsRandom(guid);
+    else
+        uuid_generate_random(guid.bytes.data());
     return guid;
 }
 
@@ -33,18 +70,18 @@ std::wstring GuidUtils::ToString(const UniIdentity& identity, bool braces, bool 
 
 std::wstring GuidUtils::ToString(const Guid& guid, bool braces, bool upperCase) {
     const wchar_t* const digits = upperCase ? L"0123456789ABCDEF" : L"0123456789abcdef";
-    std::wstring text;
-    text.reserve(38);
-    if (braces)
-        text += L'{';
+    std::wstring text(braces ? 38 : 36, L'-');
+    std::size_t at = braces ? 1 : 0;
     for (std::size_t i = 0; i < guid.bytes.size(); ++i) {
         if (StartsGroup(i))
-            text += L'-';
-        text += digits[guid.bytes[i] >> 4];
-        text += digits[guid.bytes[i] & 0x0F];
+            ++at;
+        text[at++] = digits[guid.bytes[i] >> 4];
+        text[at++] = digits[guid.bytes[i] & 0x0F];
     }
-    if (braces)
-        text += L'}';
+    if (braces) {
+        text.front() = L'{';
+        text.back() = L'}';
+    }
     return text;
 }
 

@@ -114,20 +114,29 @@ std::wint_t FoldCase(wchar_t character) {
     return locale.ToLower(character);
 }
 
+/// How many characters at the beginning are ASCII: most texts are nothing else.
+template <class Text> std::size_t AsciiLength(const Text& text) {
+    std::size_t length = 0;
+    while (length < text.size() && static_cast<char32_t>(text[length]) < 0x80)
+        ++length;
+    return length;
+}
+
 } // namespace
 
 std::string StringUtil::ToString(std::wstring_view text) {
-    std::string result;
-    result.reserve(text.size());
-    for (std::size_t at = 0; at < text.size();)
+    std::string result(AsciiLength(text), '\0');
+    std::ranges::transform(text.substr(0, result.size()), result.begin(),
+                           [](wchar_t c) { return static_cast<char>(c); });
+    for (std::size_t at = result.size(); at < text.size();)
         AppendUtf8(result, TakeCharacter(text, at));
     return result;
 }
 
 std::wstring StringUtil::ToWString(std::string_view text) {
-    std::wstring result;
-    result.reserve(text.size());
-    for (std::size_t at = 0; at < text.size();) {
+    std::wstring result(AsciiLength(text), L'\0');
+    std::ranges::copy(text.substr(0, result.size()), result.begin());
+    for (std::size_t at = result.size(); at < text.size();) {
         const Decoded next = DecodeNext(text, at);
         AppendCharacter(result, next.character);
         at += next.length;

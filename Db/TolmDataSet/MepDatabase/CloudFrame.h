@@ -19,6 +19,8 @@ struct CloudAnswer {
     const std::string& Code() const;
     /// Throws web::json::json_exception when there is no payload.
     const web::json::value& Data() const;
+    /// The same, which the answer then has no more.
+    web::json::value TakeData();
     /// 200 and "10000", both together.
     bool IsSuccess() const;
 };
@@ -43,7 +45,7 @@ struct CloudCall {
 };
 
 /// What a call makes of its answer: true for success. It may throw; the call has then ended with an exception.
-using CloudReader = std::function<bool(const CloudAnswer&)>;
+using CloudReader = std::function<bool(CloudAnswer&)>;
 
 /// Sends the request, waits for the answer on the caller's thread and hands it to the reader. Never throws; no
 /// connection outlives the call, so that no request is ever repeated behind the caller's back; redirects are not

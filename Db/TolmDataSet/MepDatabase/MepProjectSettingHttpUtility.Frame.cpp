@@ -6,6 +6,7 @@
 #include "MepDatabase/CloudTrust.h"
 #include "MepDatabase/WireText.h"
 #include "Vorn/DebugMessage.h"
+#include "Vorn/Text.h"
 
 #include <cpprest/containerstream.h>
 #include <cpprest/http_client.h>
@@ -16,6 +17,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tolm {
@@ -68,6 +70,32 @@ void SetBody(const web::json::value& body, http_request& request) {
     request.set_body(bytes, text.size(), "text/plain; charset=utf-8");
 }
 
+bool IsPlainJson(const std::string& contentType) {
+    constexpr const wchar_t* plain[] = {L"application/json", L"application/json; charset=utf-8",
+                                        L"application/json;charset=utf-8"};
+    const wstring type = FromWire(contentType);
+    return std::ranges::any_of(plain, [&](const wchar_t* each) { return vorn::StrICmp(type.c_str(), each) == 0; });
+}
+
+/// The whole body, taken without the copies that a task makes of its result.
+std::string WholeBody(const web::http::http_response& response) {
+    response.content_ready().wait();
+    auto buffer = response.body().streambuf();
+    std::string text(buffer.in_avail(), '\0');
+    buffer.getn(reinterpret_cast<unsigned char*>(text.data()), text.size()).wait();
+    return text;
+}
+
+/// The body as the HTTP library takes it for JSON, its check of the content type included. The usual content type is
+/// read in a way that costs less and gives the same.
+web::json::value JsonBody(const web::http::http_response& response) {
+    if (IsPlainJson(response.headers().content_type())) {
+        if (const std::string text = WholeBody(response); !text.empty())
+            return web::json::value::parse(text);
+    }
+    return response.extract_json(false).get();
+}
+
 /// Throws where an object outside of lists has two members of one name: which of them counts is anybody's guess. The
 /// HTTP library keeps members sorted by name. The rows of a list stand for themselves.
 void RefuseDoubledNames(const web::json::value& body) {
@@ -99,7 +127,7 @@ CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) 
     Guard(http.client_config(), request);
     auto response = http.request(request, pplx::cancellation_token::none()).get();
     CloudAnswer answer;
-    answer.body = response.extract_json(false).get();
+    answer.body = JsonBody(response);
     answer.status = response.status_code();
     RefuseDoubledNames(answer.body);
     return answer;
@@ -125,6 +153,10 @@ const web::json::value& CloudAnswer::Data() const {
     return body.at("data");
 }
 
+web::json::value CloudAnswer::TakeData() {
+    return std::move(body.at("data"));
+}
+
 bool CloudAnswer::IsSuccess() const {
     return status == 200 && Code() == "10000";
 }
@@ -134,7 +166,8 @@ CloudOutcome RunCloudCall(TolmProjectSettingHttpUtility& client, const CloudCall
     if (call.endpoint.address == CloudEndpoint::Address::BaseRequired && call.host.empty())
         return {};
     try {
-        return {read(Issue(client, call)) ? Kind::Success : Kind::Refused, {}};
+        CloudAnswer answer = Issue(client, call);
+        return {read(answer) ? Kind::Success : Kind::Refused, {}};
     } catch (...) {
         return {Kind::Exception, CurrentExceptionText()};
     }

@@ -17,10 +17,10 @@ std::wstring_view TemplateOf(const wstring& environment) {
 
 /// A reader that hands out the payload of a success, and takes a null payload for none.
 CloudReader PayloadInto(web::json::value& data) {
-    return [&data](const CloudAnswer& answer) {
+    return [&data](CloudAnswer& answer) {
         if (!answer.IsSuccess())
             return false;
-        data = answer.Data();
+        data = answer.TakeData();
         return !data.is_null();
     };
 }

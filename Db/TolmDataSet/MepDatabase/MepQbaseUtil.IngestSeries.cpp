@@ -98,7 +98,7 @@ void ReadRule(const FittingRule& rule, object& element, wstring& categoryId, Fit
     web::json::array& products = element.at(rule.key).as_array();
     if (products.size() == 0)
         return;
-    FittingBuffer rows{};
+    FittingBuffer rows; // not filled before the rows that are read stand in it
     int count = 0;
     if (GetFittingProductsOfOneRuleType(rule.ruleType, jsonread::TakeElements(products), categoryId, rows.data(),
                                         count))

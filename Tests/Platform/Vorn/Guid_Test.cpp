@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <regex>
 #include <set>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -41,6 +46,40 @@ TEST(Guid, GeneratedOnesAreRandomOfVersionFour) {
         texts.insert(text);
     }
     EXPECT_EQ(texts.size(), 1000U);
+}
+
+TEST(Guid, AForkedProcessMakesOthers) {
+    GuidUtils::Generate(); // so that the parent has bytes left over
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    const pid_t child = fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        const Guid made = GuidUtils::Generate();
+        const bool sent = write(ends[1], made.bytes.data(), made.bytes.size()) == ssize_t{16};
+        _exit(sent ? 0 : 1);
+    }
+    Guid ofChild;
+    EXPECT_EQ(read(ends[0], ofChild.bytes.data(), ofChild.bytes.size()), ssize_t{16});
+    int status = 1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_NE(ofChild, GuidUtils::Generate());
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST(Guid, ThreadsMakeDifferentOnes) {
+    std::vector<Guid> made(4);
+    std::vector<std::thread> threads;
+    for (Guid& guid : made)
+        threads.emplace_back([&guid] { guid = GuidUtils::Generate(); });
+    for (auto& thread : threads)
+        thread.join();
+    std::set<std::wstring> texts;
+    for (const Guid& guid : made)
+        texts.insert(GuidUtils::ToString(guid, false, false));
+    EXPECT_EQ(texts.size(), made.size());
 }
 
 TEST(Guid, AnotherGeneratorTakesThePlaceOfTheSystemsUntilNull) {
