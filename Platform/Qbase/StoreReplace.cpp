@@ -8,6 +8,7 @@ namespace qbase {
 namespace {
 
 constexpr std::string_view kNumberColumn = "seq";
+constexpr const char* kSchemaCounter = "schema_version"; // another one whenever tables or indexes changed
 
 /// Name and SQL of each table or index of a file. What SQLite makes by itself has no SQL.
 using Elements = std::map<std::string, std::string>;
@@ -121,11 +122,44 @@ void ReplaceRows(Connection& connection, const std::string& target, const std::s
                            " AS s WHERE NOT EXISTS(SELECT 1 FROM " + to + " AS t WHERE " + left + ")");
 }
 
+/// True for a table as the library makes it, whose number is what SQLite knows a row by.
+bool IsRecordTable(const std::string& name, const std::string& sql) {
+    return sql.starts_with("CREATE TABLE " + QuotedAnyName(name) + "(seq INTEGER PRIMARY KEY,") && sql.ends_with(')');
+}
+
+/// As `ReplaceRows`, for rows of these numbers.
+void ReplaceNumbered(Connection& connection, const std::string& target, const std::string& source,
+                     const std::string& table, const std::set<std::int64_t>& numbers) {
+    const auto columns = ColumnsOf(connection, source, table);
+    const std::string to = FullName(target, table);
+    const std::string from = FullName(source, table);
+    Statement remove(connection.Get(), "DELETE FROM " + to + " AS t WHERE t.seq=?1 AND NOT EXISTS(SELECT 1 FROM " +
+                                           from + " AS s WHERE s.seq=?1 AND " + SameRow(columns) + ")");
+    Statement insert(connection.Get(), "INSERT INTO " + to + "(" + Joined(columns) + ")SELECT " + Joined(columns) +
+                                           " FROM " + from + " AS s WHERE s.seq=?1 AND NOT EXISTS(SELECT 1 FROM " + to +
+                                           " AS t WHERE t.seq=?1)");
+    for (Statement* statement : {&remove, &insert}) {
+        for (const auto number : numbers) {
+            statement->Bind(1, sqlite3_int64{number});
+            statement->Run();
+        }
+    }
+}
+
+sqlite3_int64 MarkOf(Connection& connection, const std::string& schema, const std::string& field) {
+    return connection.Query("PRAGMA " + Quoted(schema) + "." + field);
+}
+
 void ReplaceMark(Connection& connection, const std::string& target, const std::string& source,
                  const std::string& field) {
-    const auto value = connection.Query("PRAGMA " + Quoted(source) + "." + field);
-    if (connection.Query("PRAGMA " + Quoted(target) + "." + field) != value)
+    const auto value = MarkOf(connection, source, field);
+    if (MarkOf(connection, target, field) != value)
         connection.Execute("PRAGMA " + Quoted(target) + "." + field + "=" + std::to_string(value));
+}
+
+void ReplaceMarks(Connection& connection, const std::string& target, const std::string& source) {
+    ReplaceMark(connection, target, source, "application_id");
+    ReplaceMark(connection, target, source, "user_version");
 }
 
 } // namespace
@@ -139,8 +173,23 @@ void ReplaceContent(Connection& connection, const std::string& target, const std
     for (const auto& [name, sql] : tables)
         ReplaceRows(connection, target, source, name);
     CreateMissing(connection, target, "index", indexes);
-    ReplaceMark(connection, target, source, "application_id");
-    ReplaceMark(connection, target, source, "user_version");
+    ReplaceMarks(connection, target, source);
+}
+
+void ReplaceChanged(Connection& connection, const std::string& target, const std::string& source,
+                    const CopyRecord::Rows& changed) {
+    if (MarkOf(connection, target, kSchemaCounter) != MarkOf(connection, source, kSchemaCounter))
+        return ReplaceContent(connection, target, source);
+    for (const auto& [name, sql] : ElementsOf(connection, source, "table")) {
+        const auto rows = changed.find(name);
+        if (rows == changed.end())
+            continue;
+        if (IsRecordTable(name, sql))
+            ReplaceNumbered(connection, target, source, name, rows->second);
+        else
+            ReplaceRows(connection, target, source, name);
+    }
+    ReplaceMarks(connection, target, source);
 }
 
 } // namespace qbase
