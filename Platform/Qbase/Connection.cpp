@@ -133,12 +133,22 @@ void Connection::Begin(LockKind kind) {
 
 void Connection::Commit() {
     ResetAll(Get());
+    for (const File& file : m_files) {
+        if (file.isChanged)
+            RaiseChangeCounter(file);
+    }
     Execute("COMMIT");
     for (const File& file : m_files) {
         if (file.isChanged)
             file.record->CountCommit();
     }
     EndTransaction();
+}
+
+/// SQLite counts no commit that writes no page, as when rows are given the content that they have. A mark that is
+/// written again is always a page.
+void Connection::RaiseChangeCounter(const File& file) {
+    Execute("PRAGMA " + Quoted(file.schema) + ".application_id=" + std::to_string(kApplicationId));
 }
 
 void Connection::Rollback() noexcept {

@@ -100,6 +100,7 @@ private:
     void RaiseLock(File& file);
     void CheckSynchronous(const File& file);
     bool HasMoved(const File& file);
+    void RaiseChangeCounter(const File& file);
     void EndTransaction() noexcept;
 
     std::unique_ptr<sqlite3, Closer> m_database;
