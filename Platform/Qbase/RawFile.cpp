@@ -4,8 +4,15 @@ namespace qbase {
 namespace {
 
 int FlagsOf(RawFile::Mode mode) {
-    constexpr int create = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_EXCLUSIVE;
-    return SQLITE_OPEN_MAIN_DB | (mode == RawFile::Mode::Read ? SQLITE_OPEN_READONLY : create);
+    switch (mode) {
+    case RawFile::Mode::Read:
+        return SQLITE_OPEN_MAIN_DB | SQLITE_OPEN_READONLY;
+    case RawFile::Mode::Change:
+        return SQLITE_OPEN_MAIN_DB | SQLITE_OPEN_READWRITE;
+    case RawFile::Mode::CreateNew:
+        break;
+    }
+    return SQLITE_OPEN_MAIN_DB | SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_EXCLUSIVE;
 }
 
 void Check(int code) {
@@ -43,12 +50,21 @@ void RawFile::Release() noexcept {
     sqlite3_free_filename(m_name);
 }
 
-void RawFile::LockShared(Waiter& waiter) {
+void RawFile::Lock(int level, Waiter& waiter) {
     int code = SQLITE_BUSY;
     do {
-        code = m_file->pMethods->xLock(m_file, SQLITE_LOCK_SHARED);
+        code = m_file->pMethods->xLock(m_file, level);
     } while (code == SQLITE_BUSY && waiter.Wait());
     Check(code);
+}
+
+void RawFile::LockShared(Waiter& waiter) {
+    Lock(SQLITE_LOCK_SHARED, waiter);
+}
+
+void RawFile::LockExclusive(Waiter& waiter) {
+    for (const int level : {SQLITE_LOCK_SHARED, SQLITE_LOCK_RESERVED, SQLITE_LOCK_EXCLUSIVE})
+        Lock(level, waiter);
 }
 
 sqlite3_file& FileOf(sqlite3* database, const std::string& schema) {

@@ -13,7 +13,7 @@ namespace qbase {
 /// operation throws `SqlFailure` where the file layer reports one.
 class RawFile {
 public:
-    enum class Mode { Read, CreateNew };
+    enum class Mode { Read, Change, CreateNew };
 
     RawFile(const std::string& path, Mode mode);
     ~RawFile() { Release(); }
@@ -22,8 +22,10 @@ public:
 
     sqlite3_file& Get() { return *m_file; }
     void LockShared(Waiter& waiter);
+    void LockExclusive(Waiter& waiter);
 
 private:
+    void Lock(int level, Waiter& waiter);
     void Release() noexcept;
 
     sqlite3_vfs* m_vfs;

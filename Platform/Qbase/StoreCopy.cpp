@@ -99,8 +99,9 @@ bool RemoveFiles(const std::string& path) {
     if (LockRegistry::WouldWaitForItself(*identity, LockKind::Update, nullptr))
         return false;
     try {
-        Connection connection(path, false);
-        connection.Begin(LockKind::Update);
+        Waiter waiter;
+        RawFile file(path, RawFile::Mode::Change);
+        file.LockExclusive(waiter);
         return DeleteFiles(path);
     } catch (const SqlFailure& failure) {
         return ErrorOf(failure.code) != QbaseError::Locked && DeleteFiles(path);

@@ -122,28 +122,72 @@ void ReplaceRows(Connection& connection, const std::string& target, const std::s
                            " AS s WHERE NOT EXISTS(SELECT 1 FROM " + to + " AS t WHERE " + left + ")");
 }
 
-/// True for a table as the library makes it, whose number is what SQLite knows a row by.
+/// True for a table as the library makes it: SQLite knows each row by its number, and nothing is computed.
 bool IsRecordTable(const std::string& name, const std::string& sql) {
-    return sql.starts_with("CREATE TABLE " + QuotedAnyName(name) + "(seq INTEGER PRIMARY KEY,") && sql.ends_with(')');
+    const std::string begin = "CREATE TABLE " + QuotedAnyName(name) + "(seq INTEGER PRIMARY KEY,";
+    return sql.starts_with(begin) && sql.find_first_of("()", begin.size()) == sql.size() - 1;
 }
 
-/// As `ReplaceRows`, for rows of these numbers.
-void ReplaceNumbered(Connection& connection, const std::string& target, const std::string& source,
-                     const std::string& table, const std::set<std::int64_t>& numbers) {
-    const auto columns = ColumnsOf(connection, source, table);
-    const std::string to = FullName(target, table);
-    const std::string from = FullName(source, table);
-    Statement remove(connection.Get(), "DELETE FROM " + to + " AS t WHERE t.seq=?1 AND NOT EXISTS(SELECT 1 FROM " +
-                                           from + " AS s WHERE s.seq=?1 AND " + SameRow(columns) + ")");
-    Statement insert(connection.Get(), "INSERT INTO " + to + "(" + Joined(columns) + ")SELECT " + Joined(columns) +
-                                           " FROM " + from + " AS s WHERE s.seq=?1 AND NOT EXISTS(SELECT 1 FROM " + to +
-                                           " AS t WHERE t.seq=?1)");
-    for (Statement* statement : {&remove, &insert}) {
-        for (const auto number : numbers) {
-            statement->Bind(1, sqlite3_int64{number});
-            statement->Run();
-        }
+bool IsSameValue(const Statement& a, const Statement& b, int column) {
+    const int type = a.ColumnType(column);
+    if (b.ColumnType(column) != type)
+        return false;
+    switch (type) {
+    case SQLITE_NULL:
+        return true;
+    case SQLITE_INTEGER:
+        return a.Integer(column) == b.Integer(column);
+    case SQLITE_FLOAT:
+        return a.Real(column) == b.Real(column);
+    default:
+        return a.Bytes(column) == b.Bytes(column);
     }
+}
+
+bool IsSameRow(const Statement& a, const Statement& b) {
+    for (int column = 0; column < a.ColumnCount(); ++column) {
+        if (!IsSameValue(a, b, column))
+            return false;
+    }
+    return true;
+}
+
+using Numbers = std::vector<sqlite3_int64>;
+
+void RunForEach(Connection& connection, const std::string& sql, const Numbers& numbers) {
+    if (numbers.empty())
+        return;
+    Statement statement(connection.Get(), sql);
+    for (const auto number : numbers) {
+        statement.Bind(1, number);
+        statement.Run();
+    }
+}
+
+/// As `ReplaceRows`, for the rows of these numbers in a table of records that has the same columns in both files.
+void ReplaceNumbered(Connection& connection, const std::string& to, const std::string& from,
+                     const std::set<std::int64_t>& numbers) {
+    const std::string ofNumber = " WHERE seq=?";
+    Statement before(connection.Get(), "SELECT * FROM " + to + ofNumber);
+    Statement after(connection.Get(), "SELECT * FROM " + from + ofNumber);
+    Numbers gone;
+    Numbers come;
+    for (const sqlite3_int64 number : numbers) {
+        const ResetGuard resetBefore(before);
+        const ResetGuard resetAfter(after);
+        before.Bind(1, number);
+        after.Bind(1, number);
+        const bool was = before.Step();
+        const bool is = after.Step();
+        if (was && is && IsSameRow(before, after))
+            continue;
+        if (was)
+            gone.push_back(number);
+        if (is)
+            come.push_back(number);
+    }
+    RunForEach(connection, "DELETE FROM " + to + ofNumber, gone);
+    RunForEach(connection, "INSERT INTO " + to + " SELECT * FROM " + from + ofNumber, come);
 }
 
 sqlite3_int64 MarkOf(Connection& connection, const std::string& schema, const std::string& field) {
@@ -185,7 +229,7 @@ void ReplaceChanged(Connection& connection, const std::string& target, const std
         if (rows == changed.end())
             continue;
         if (IsRecordTable(name, sql))
-            ReplaceNumbered(connection, target, source, name, rows->second);
+            ReplaceNumbered(connection, FullName(target, name), FullName(source, name), rows->second);
         else
             ReplaceRows(connection, target, source, name);
     }
