@@ -1,8 +1,11 @@
 #include "Qbase/LockRegistryInternal.h"
 
+#include "Qbase/CopyRecordInternal.h"
+
 #include <algorithm>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace qbase {
@@ -23,6 +26,7 @@ struct Registry {
 struct WorkingCopy {
     std::string path;
     const void* owner;
+    std::shared_ptr<CopyRecord> record;
 };
 
 struct WorkingCopies {
@@ -76,11 +80,9 @@ bool LockRegistry::IsHeldForUpdate(const FileIdentity& file) {
     return AnyOfThisThread(file, [](const Holding& holding) { return holding.kind == LockKind::Update; });
 }
 
-void WorkingCopyRegistry::Add(const void* owner, const std::vector<std::string>& paths) {
-    Remove(owner);
+void WorkingCopyRegistry::Add(const void* owner, const std::string& path, std::shared_ptr<CopyRecord> record) {
     const std::lock_guard lock(TheCopies().mutex);
-    for (const auto& path : paths)
-        TheCopies().copies.push_back({path, owner});
+    TheCopies().copies.push_back({path, owner, std::move(record)});
 }
 
 void WorkingCopyRegistry::Remove(const void* owner) noexcept {
@@ -88,9 +90,11 @@ void WorkingCopyRegistry::Remove(const void* owner) noexcept {
     std::erase_if(TheCopies().copies, [&](const WorkingCopy& copy) { return copy.owner == owner; });
 }
 
-bool WorkingCopyRegistry::Has(const std::string& path) {
+std::shared_ptr<CopyRecord> WorkingCopyRegistry::RecordOf(const std::string& path) {
     const std::lock_guard lock(TheCopies().mutex);
-    return std::ranges::any_of(TheCopies().copies, [&](const WorkingCopy& copy) { return copy.path == path; });
+    const auto& copies = TheCopies().copies;
+    const auto found = std::ranges::find(copies, path, &WorkingCopy::path);
+    return found == copies.end() ? nullptr : found->record;
 }
 
 } // namespace qbase

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace qbase {
 
@@ -32,13 +31,17 @@ public:
     static bool IsHeldForUpdate(const FileIdentity& file);
 };
 
-/// Which files of this process are working copies, by their whole paths. Any thread may call it.
+class CopyRecord;
+
+/// Which files of this process are working copies, by their whole paths, and the records of their changes. Any thread
+/// may call it.
 class WorkingCopyRegistry {
 public:
-    /// Notes the owner's copies, in place of those that it had.
-    static void Add(const void* owner, const std::vector<std::string>& paths);
+    static void Add(const void* owner, const std::string& path, std::shared_ptr<CopyRecord> record);
+    /// Forgets all copies of the owner.
     static void Remove(const void* owner) noexcept;
-    static bool Has(const std::string& path);
+    /// Null for a file that is no working copy.
+    static std::shared_ptr<CopyRecord> RecordOf(const std::string& path);
 };
 
 } // namespace qbase

@@ -1,5 +1,6 @@
 #include "Qbase/StoreFileInternal.h"
 
+#include "Qbase/RawFileInternal.h"
 #include "Vorn/Files.h"
 
 #include <array>
@@ -17,81 +18,26 @@ using HeaderBytes = std::array<unsigned char, 100>;
 constexpr std::string_view kMagic("SQLite format 3", 16);
 constexpr std::size_t kWriteVersionAt = 18;
 constexpr std::size_t kReadVersionAt = 19;
+constexpr std::size_t kChangeCounterAt = 24;
 constexpr std::size_t kUserVersionAt = 60;
 constexpr std::size_t kApplicationIdAt = 68;
 constexpr unsigned char kRollbackJournal = 1;
 
-/// A file opened through SQLite's own file layer, which knows of the locks that this process holds on it.
-class RawFile {
-public:
-    explicit RawFile(const std::string& path)
-        : m_vfs(sqlite3_vfs_find(nullptr)), m_name(sqlite3_create_filename(path.c_str(), (path + "-journal").c_str(),
-                                                                           (path + "-wal").c_str(), 0, nullptr)),
-          m_file(static_cast<sqlite3_file*>(sqlite3_malloc(m_vfs->szOsFile))) {
-        if (m_name == nullptr || m_file == nullptr) {
-            Release();
-            throw SqlFailure{SQLITE_NOMEM};
-        }
-        *m_file = {};
-        const int code = m_vfs->xOpen(m_vfs, m_name, m_file, SQLITE_OPEN_READONLY | SQLITE_OPEN_MAIN_DB, nullptr);
-        if (code != SQLITE_OK) {
-            Release();
-            throw SqlFailure{code};
-        }
-    }
-    ~RawFile() { Release(); }
-    RawFile(const RawFile&) = delete;
-    RawFile& operator=(const RawFile&) = delete;
-
-    sqlite3_file& Get() { return *m_file; }
-
-    void LockShared(Waiter& waiter) {
-        int code = SQLITE_BUSY;
-        do {
-            code = m_file->pMethods->xLock(m_file, SQLITE_LOCK_SHARED);
-        } while (code == SQLITE_BUSY && waiter.Wait());
-        if (code != SQLITE_OK)
-            throw SqlFailure{code};
-    }
-
-private:
-    void Release() noexcept {
-        if (m_file != nullptr && m_file->pMethods != nullptr) {
-            m_file->pMethods->xUnlock(m_file, SQLITE_LOCK_NONE);
-            m_file->pMethods->xClose(m_file);
-        }
-        sqlite3_free(m_file);
-        sqlite3_free_filename(m_name);
-    }
-
-    sqlite3_vfs* m_vfs;
-    sqlite3_filename m_name;
-    sqlite3_file* m_file;
-};
-
-int BigEndian(const HeaderBytes& bytes, std::size_t at) {
-    unsigned value = 0;
+std::uint32_t BigEndian(const HeaderBytes& bytes, std::size_t at) {
+    std::uint32_t value = 0;
     for (std::size_t i = 0; i < 4; ++i)
         value = (value << 8) | bytes[at + i];
-    return static_cast<int>(value);
-}
-
-/// False when the file is shorter.
-bool ReadHeader(sqlite3_file& file, HeaderBytes& bytes) {
-    const int code = file.pMethods->xRead(&file, bytes.data(), static_cast<int>(bytes.size()), 0);
-    if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ)
-        throw SqlFailure{code};
-    return code == SQLITE_OK;
+    return value;
 }
 
 StoreFileKind Judge(sqlite3_file& file) {
     HeaderBytes bytes{};
-    if (!ReadHeader(file, bytes))
+    if (!ReadAt(file, bytes, 0))
         return StoreFileKind::Foreign;
     const std::string_view magic(reinterpret_cast<const char*>(bytes.data()), kMagic.size());
-    if (magic != kMagic || BigEndian(bytes, kApplicationIdAt) != kApplicationId)
+    if (magic != kMagic || static_cast<int>(BigEndian(bytes, kApplicationIdAt)) != kApplicationId)
         return StoreFileKind::Foreign;
-    const int version = BigEndian(bytes, kUserVersionAt);
+    const int version = static_cast<int>(BigEndian(bytes, kUserVersionAt));
     if (version > kFormatVersion)
         return StoreFileKind::Newer;
     const bool hasJournal = bytes[kWriteVersionAt] == kRollbackJournal && bytes[kReadVersionAt] == kRollbackJournal;
@@ -126,10 +72,17 @@ bool IsFilledFile(const std::string& path) {
     return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
 }
 
-bool IsOpenOnStore(sqlite3* database) {
+bool IsOpenOnStore(sqlite3* database, const std::string& schema) {
     sqlite3_file* file = nullptr;
-    const int code = sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    const int code = sqlite3_file_control(database, schema.c_str(), SQLITE_FCNTL_FILE_POINTER, &file);
     return code == SQLITE_OK && file != nullptr && file->pMethods != nullptr && Judge(*file) == StoreFileKind::Store;
+}
+
+std::uint32_t ChangeCounterOf(sqlite3_file& file) {
+    HeaderBytes bytes{};
+    if (!ReadAt(file, bytes, 0))
+        throw SqlFailure{SQLITE_NOTADB};
+    return BigEndian(bytes, kChangeCounterAt);
 }
 
 StoreFileKind Examine(const std::string& path, Waiter& waiter) {
@@ -140,7 +93,7 @@ StoreFileKind Examine(const std::string& path, Waiter& waiter) {
         return StoreFileKind::Foreign;
     if (status.st_size == 0)
         return StoreFileKind::Empty;
-    RawFile file(path);
+    RawFile file(path, RawFile::Mode::Read);
     if (const auto kind = Judge(file.Get()); kind == StoreFileKind::Store)
         return kind;
     file.LockShared(waiter); // what a writer leaves half done for a moment is not to be judged
