@@ -1,12 +1,14 @@
 #include "StoreSupport/DatasetWorks.h"
 
 #include "Host/Definitions.h"
+#include "MepDatabase/DatasetPaths.h"
 #include "MepDatabase/MepQbaseUtil.h"
 #include "MepDatabase/StoreSchema.h"
 #include "Qbase/Qbase.h"
 #include "StoreSupport/Records.h"
 #include "TolmDataSet/ITolmDataset.h"
 #include "Vorn/Clock.h"
+#include "Vorn/Files.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -80,6 +82,11 @@ bool UploadAndNoteTime(const WorkPlace& place) {
 }
 
 /// What a host does: it compares, and does what the comparison asks for.
+/// The comparison takes a file that it cannot read for one that is empty, and changes that it cannot read for none.
+bool MayHaveChanges(const WorkPlace& place) {
+    return vorn::FileInfo(tolm::DatasetPaths::Of(place.path).status).Exists();
+}
+
 bool Synchronise(const WorkPlace& place) {
     const auto dataset = tolm::ITolmDataSetFactory::Get()->CreateDataset(place.path, place.combinedPath,
                                                                          place.combinedPath, place.binaryFolder);
@@ -90,9 +97,9 @@ bool Synchronise(const WorkPlace& place) {
     int local = 0;
     switch (dataset->CompareCloudVersion(project, cloud, local, timePoint)) {
     case tolm::CompareVersionResult::Same:
-        return true;
+        return !MayHaveChanges(place);
     case tolm::CompareVersionResult::CloudAhead:
-        return dataset->SyncDataFromCloud(false, nullptr, nullptr);
+        return !MayHaveChanges(place) && dataset->SyncDataFromCloud(false, nullptr, nullptr);
     case tolm::CompareVersionResult::BothChanged:
         return dataset->MergeDataAndSendModifiedData(project, &progress, cloud, local);
     default:
