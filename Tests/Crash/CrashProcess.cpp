@@ -10,18 +10,6 @@
 #include <iostream>
 #include <string>
 
-namespace {
-
-using tolmtest::FaultyFiles;
-
-FaultyFiles::Unsynced UnsyncedOf(const std::string& word) {
-    if (word == "kept")
-        return FaultyFiles::Unsynced::Kept;
-    return word == "torn" ? FaultyFiles::Unsynced::Torn : FaultyFiles::Unsynced::Dropped;
-}
-
-} // namespace
-
 int main(int argc, char** argv) {
     if (argc != 7)
         return 2;
@@ -30,9 +18,9 @@ int main(int argc, char** argv) {
     tolm::CollaborationProjectSettingForPS::Open({vorn::StringUtil::ToWString(argv[3]), L"P1", L"W1", 30'000'000});
     tolm::TolmUserSessionUtils::SetUser(L"user-1", L"secret-token");
     tolm::TolmFilePathSettings::SetCurrentDatasetFilePath(path);
-    FaultyFiles files(folder);
+    tolmtest::FaultyFiles files(folder);
     if (const long change = std::stol(argv[4]); change > 0)
-        files.CutPowerAt(change, UnsyncedOf(argv[5]), std::stoull(argv[6]));
+        files.CutPowerAt(change, tolmtest::FaultyFiles::UnsyncedOf(argv[5]), std::stoull(argv[6]));
     const bool said = tolmtest::FindDatasetWork(argv[1]).run({path, folder + L"/combined.db", folder});
     std::cout << files.Changes() << "\n";
     return said ? 0 : 1;

@@ -337,6 +337,31 @@ TEST_F(Merge, AStatusStoreWithoutRecordsEndsTheMergeBeforeAnyTable) {
     ExpectNoCopies();
 }
 
+TEST_F(Merge, OnAVersionBelowTheFilesIsRefusedBeforeAnyTable) {
+    Synced({L"a"});
+    Edits(L"a", L"mine");
+    CloudEdits(L"a", L"theirs");
+    ASSERT_TRUE(util.SetLocalVersion(path, ddq, 8));
+    const std::string data = FileBytes(path);
+    const std::string status = FileBytes(statusPath);
+    EXPECT_FALSE(MergeFixture::Merge());
+    EXPECT_EQ(TakeDebugWarningsWithFunction(), Says({L"localVersion 已过期"}));
+    EXPECT_TRUE(pending);
+    EXPECT_EQ(progress.percentages, (Percentages{1, 5}));
+    EXPECT_EQ(FileBytes(path), data);
+    EXPECT_EQ(FileBytes(statusPath), status);
+    ExpectNoCopies();
+}
+
+TEST_F(Merge, OnAVersionAboveTheFilesIsNoneOfItsBusiness) {
+    Synced({L"a"});
+    Edits(L"a", L"mine");
+    CloudEdits(L"a", L"theirs");
+    ASSERT_TRUE(util.SetLocalVersion(path, ddq, 6));
+    EXPECT_TRUE(MergeFixture::Merge());
+    EXPECT_EQ(Materials(), Lines{"a theirs"});
+}
+
 // --- the end -------------------------------------------------------------------------------------------------------
 
 TEST_F(Merge, LeftoversOfAnEarlierCrashAreRemovedFirst) {

@@ -81,6 +81,17 @@ bool UploadAndNoteTime(const WorkPlace& place) {
     return sent;
 }
 
+/// The comparison takes a file that it cannot read for one that is empty, and changes that it cannot read for none. A
+/// status store without records is as good as none.
+bool MayHaveChanges(const WorkPlace& place) {
+    const std::wstring status = tolm::DatasetPaths::Of(place.path).status;
+    if (!vorn::FileInfo(status).Exists())
+        return false;
+    CQbase qb;
+    long count = 0;
+    return !qb.openDatabase(Definition(), status, false) || !qb.lockForRead() || !qb.getNmbOfRecs(count) || count > 0;
+}
+
 /// What a host does: it compares, and does what the comparison asks for.
 /// The comparison takes a file that it cannot read for one that is empty, and changes that it cannot read for none.
 bool MayHaveChanges(const WorkPlace& place) {

@@ -8,8 +8,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
 
 namespace tolmtest {
@@ -21,10 +19,6 @@ constexpr long kDiskStep = 512;
 long Stride(long otherwise) {
     const char* const text = std::getenv("TOLM_FAULT_STRIDE");
     return text == nullptr ? otherwise : std::max(1L, std::atol(text));
-}
-
-std::filesystem::path NativePath(const std::wstring& path) {
-    return vorn::FileSystem::ToNative(path);
 }
 
 void AddFacts(const std::wstring& path, const std::string& prefix, Facts& facts) {
@@ -48,21 +42,6 @@ Facts WithStatusOf(const Facts& data, const Facts& status) {
 }
 
 } // namespace
-
-FolderContent::FolderContent(std::wstring folder) : m_folder(std::move(folder)) {
-    for (const auto& file : std::filesystem::directory_iterator(NativePath(m_folder))) {
-        std::ifstream stream(file.path(), std::ios::binary);
-        m_files[file.path().filename().string()] = {std::istreambuf_iterator<char>(stream), {}};
-    }
-}
-
-void FolderContent::PutBack() const {
-    const auto folder = NativePath(m_folder);
-    for (const auto& file : std::filesystem::directory_iterator(folder))
-        std::filesystem::remove_all(file.path());
-    for (const auto& [name, bytes] : m_files)
-        std::ofstream(folder / name, std::ios::binary) << bytes;
-}
 
 Facts DatasetFacts(const std::wstring& path) {
     Facts facts;

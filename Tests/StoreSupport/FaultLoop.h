@@ -2,24 +2,13 @@
 
 #include "StoreSupport/StoreContent.h"
 #include "Support/FaultyFiles.h"
+#include "Support/FolderContent.h"
 
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
 namespace tolmtest {
-
-/// The files of a folder, to be put back.
-class FolderContent {
-public:
-    explicit FolderContent(std::wstring folder);
-    void PutBack() const;
-
-private:
-    std::wstring m_folder;
-    std::map<std::string, std::string> m_files;
-};
 
 /// Facts of a dataset file and of the status store beside it, "data/..." and "status/..."; none of a file that is not
 /// there. A file that fails its integrity check throws.

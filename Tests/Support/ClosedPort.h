@@ -14,7 +14,7 @@ namespace tolmtest {
 /// get it, and nobody listens on it.
 class ClosedPort {
 public:
-    ClosedPort() : m_socket(::socket(AF_INET, SOCK_STREAM, 0)) {
+    ClosedPort() : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
         m_address.sin_family = AF_INET;
         m_address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof m_address;
@@ -28,6 +28,12 @@ public:
 
     /// "http://127.0.0.1:" and the port.
     std::wstring Address() const { return L"http://127.0.0.1:" + std::to_wstring(ntohs(m_address.sin_port)); }
+
+    /// From now on the system takes connections, and nobody ever reads from them.
+    void TurnDeaf() {
+        if (::listen(m_socket, 8) != 0)
+            throw std::runtime_error("nobody listens");
+    }
 
 private:
     int m_socket;

@@ -11,6 +11,7 @@
 #include <new>
 #include <stdexcept>
 #include <unistd.h>
+#include <utility>
 
 namespace tolmtest {
 
@@ -66,6 +67,12 @@ public:
         return full;
     }
 
+    void BeforeDeletions(std::function<void(const std::string&)> action) { m_beforeDeletion = std::move(action); }
+    void TellOfDeletion(const char* path) const {
+        if (m_beforeDeletion)
+            m_beforeDeletion(path);
+    }
+
     bool CutsPower() const { return m_cutAt != 0; }
     UnsyncedWrites& Log() { return m_unsynced; }
     long Calls() const { return m_calls; }
@@ -108,6 +115,7 @@ private:
     bool m_hasFailed = false;
     std::string m_failedPath;
     UnsyncedWrites m_unsynced;
+    std::function<void(const std::string&)> m_beforeDeletion;
 };
 
 namespace {
@@ -244,6 +252,7 @@ int Open(sqlite3_vfs* vfs, sqlite3_filename path, sqlite3_file* file, int flags,
 int Delete(sqlite3_vfs* vfs, const char* path, int syncFolder) {
     State& state = StateOf(vfs);
     if (state.Watches(path)) {
+        state.TellOfDeletion(path);
         if (::access(path, F_OK) == 0 && state.Change(path))
             return SQLITE_IOERR_DELETE;
         state.Log().Forget(path);
@@ -277,6 +286,12 @@ sqlite3_vfs& Layer() {
 }
 
 } // namespace
+
+FaultyFiles::Unsynced FaultyFiles::UnsyncedOf(const std::string& name) {
+    if (name == "kept")
+        return Unsynced::Kept;
+    return name == "torn" ? Unsynced::Torn : Unsynced::Dropped;
+}
 
 FaultyFiles::FaultyFiles(const std::wstring& folder) {
     sqlite3_vfs* const real = sqlite3_vfs_find("unix");
@@ -318,6 +333,9 @@ void FaultyFiles::CutPowerAt(long number, Unsynced unsynced, std::uint64_t seed)
 }
 void FaultyFiles::Rest() {
     m_state->Reset();
+}
+void FaultyFiles::BeforeDeletions(std::function<void(const std::string& path)> action) {
+    m_state->BeforeDeletions(std::move(action));
 }
 long FaultyFiles::Calls() const {
     return m_state->Calls();

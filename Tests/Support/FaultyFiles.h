@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -20,6 +21,9 @@ public:
         Torn,    ///< of each, by chance, all or none of its sectors or some of them, whatever came before or after
     };
 
+    /// By its name: "kept", "dropped" or "torn".
+    static Unsynced UnsyncedOf(const std::string& name);
+
     explicit FaultyFiles(const std::wstring& folder);
     ~FaultyFiles();
     FaultyFiles(const FaultyFiles&) = delete;
@@ -34,6 +38,8 @@ public:
     void CutPowerAt(long number, Unsynced unsynced, std::uint64_t seed);
     /// Nothing fails any more.
     void Rest();
+    /// Before a file of the folder is deleted, the thread that does so calls this with its path.
+    void BeforeDeletions(std::function<void(const std::string& path)> action);
 
     /// Calls of any kind, and changing ones alone, since the last of the four above.
     long Calls() const;

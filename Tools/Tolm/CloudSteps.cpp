@@ -148,6 +148,8 @@ StepResult MergeFirstLoad(Workplace& place, const Comparison& comparison, const 
 
 StepResult Pull(Workplace& place, const Comparison& comparison) {
     const Snapshot snapshot = TakeSnapshot(place.Path());
+    if (!snapshot.changes.empty() && comparison.local > 0)
+        return {false, "", "there are local changes that the comparison did not see"};
     if (!snapshot.changes.empty())
         return MergeFirstLoad(place, comparison, snapshot);
     ProgressBar progress("Pulling");

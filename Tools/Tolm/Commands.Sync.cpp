@@ -56,7 +56,10 @@ struct StepFor {
 };
 using Plan = std::array<StepFor, 6>;
 
-StepResult DoNothing(CloudRun&, const Comparison&) {
+/// The library takes changes that it cannot read for none.
+StepResult DoNothing(CloudRun& run, const Comparison&) {
+    if (!ReadNotedChanges(run.place.Path()).empty())
+        return {false, "", "there are local changes that the comparison did not see"};
     return {true, "up to date", ""};
 }
 
