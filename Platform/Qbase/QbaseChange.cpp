@@ -96,7 +96,9 @@ QbaseError CQbase::Impl::Update() {
 }
 
 void CQbase::Impl::Saved() {
+    ForgetLeft(*m_record.table, m_record.id);
     m_record.state = Record::State::Stored;
+    m_record.epoch.reset();
     m_record.changed.assign(m_record.cells.size(), false);
     ++m_changes;
 }
@@ -142,6 +144,7 @@ QbaseError CQbase::Impl::Remove(ClassTable& table, const std::string& id) {
     remove.Run();
     if (sqlite3_changes(m_connection->Get()) == 0)
         return QbaseError::NotFound;
+    ForgetLeft(table, id);
     ++m_changes;
     if (m_record.state == Record::State::Stored && m_record.table == &table && m_record.id == id)
         m_record.state = Record::State::Removed;

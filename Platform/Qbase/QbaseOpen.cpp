@@ -117,6 +117,7 @@ void CQbase::Impl::Forget() noexcept {
     m_fileCursors.clear();
     m_tables.clear();
     m_absent = {};
+    m_left = {};
     m_record.state = qbase::Record::State::None;
     m_lastNumber.reset();
     if (m_isCompanion && m_connection)
