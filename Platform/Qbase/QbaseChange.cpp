@@ -120,12 +120,16 @@ sqlite3_int64 CQbase::Impl::NextNumber() {
 }
 
 sqlite3_int64 CQbase::Impl::HighestNumber() {
-    std::string sql = "SELECT max(0,0";
+    std::string sql = "SELECT 0"; // one row for each table: the cheapest to prepare
     for (std::size_t i = 0; i < m_definition->Classes().size(); ++i) {
         if (TableAt(i).Exists())
-            sql += ",(SELECT ifnull(max(seq),0) FROM " + TableAt(i).Name() + ")";
+            sql += " UNION ALL SELECT max(seq) FROM " + TableAt(i).Name();
     }
-    return m_connection->Query(sql + ")");
+    Statement numbers(m_connection->Get(), sql);
+    sqlite3_int64 highest = 0;
+    while (numbers.Step())
+        highest = std::max(highest, numbers.Integer(0));
+    return highest;
 }
 
 QbaseError CQbase::Impl::Delete(const char* classCode, const wchar_t* id) {

@@ -103,6 +103,7 @@ private:
     QbaseError CreateContent(bool& again);
     QbaseError JoinExamined(const std::shared_ptr<qbase::Connection>& connection, const std::wstring& definitionPath,
                             const std::wstring& filePath);
+    void LookForDamage(qbase::Connection& connection);
     QbaseError Join(const std::shared_ptr<qbase::Connection>& connection, bool settle);
     QbaseError Settle();
     QbaseError BeginOnTheFileAtThePath(qbase::LockKind kind);
