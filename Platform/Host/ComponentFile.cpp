@@ -121,6 +121,10 @@ ComponentFile::State ComponentFile::Identify(Purpose purpose) {
     return CreateTables() ? State::Ready : State::Failed;
 }
 
+bool ComponentFile::Resume() {
+    return IsReady() && !m_connection.HasMoved() && m_connection.Execute("BEGIN");
+}
+
 bool ComponentFile::CreateTables() {
     return m_connection.Execute(kSchema);
 }

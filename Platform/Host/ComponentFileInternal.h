@@ -28,6 +28,11 @@ public:
     bool IsAbsent() const { return m_state == State::Absent; }
     bool IsReady() const { return m_state == State::Ready; }
 
+    /// Ends the transaction and keeps the file open.
+    void Pause() { m_connection.Execute("ROLLBACK"); }
+    /// Begins another transaction to read in. False when the file is no longer the one at the path.
+    bool Resume();
+
     sql::Connection& Sql() { return m_connection; }
     bool Commit();
 

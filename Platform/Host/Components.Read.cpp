@@ -4,28 +4,31 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
+#include <optional>
 #include <utility>
 
 namespace tolm {
 namespace {
 
+/// Nothing changes a component: its clones share what it holds.
 class TolmProjectSettingComponent final : public ITolmProjectSettingComponent {
 public:
-    explicit TolmProjectSettingComponent(TolmComponentData data) : m_data(std::move(data)) {}
+    explicit TolmProjectSettingComponent(std::shared_ptr<const TolmComponentData> data) : m_data(std::move(data)) {}
 
     vorn::OwnerPtr<ITolmProjectSettingComponent> Clone() const override {
         return vorn::MakeOwner<TolmProjectSettingComponent>(m_data);
     }
-    std::wstring GetId() const override { return m_data.id; }
-    std::wstring GetCategoryCode() const override { return m_data.categoryCode; }
-    int GetVersion() const override { return m_data.version; }
-    __int64 GetPublicComponentId() const override { return m_data.publicId; }
-    std::wstring GetComponentTypeId() const override { return m_data.componentTypeId; }
-    std::wstring GetName() const override { return m_data.name; }
-    std::map<std::wstring, std::wstring> GetAttributes() const override { return m_data.attributes; }
+    std::wstring GetId() const override { return m_data->id; }
+    std::wstring GetCategoryCode() const override { return m_data->categoryCode; }
+    int GetVersion() const override { return m_data->version; }
+    __int64 GetPublicComponentId() const override { return m_data->publicId; }
+    std::wstring GetComponentTypeId() const override { return m_data->componentTypeId; }
+    std::wstring GetName() const override { return m_data->name; }
+    std::map<std::wstring, std::wstring> GetAttributes() const override { return m_data->attributes; }
 
 private:
-    TolmComponentData m_data;
+    std::shared_ptr<const TolmComponentData> m_data;
 };
 
 using Components = std::vector<TolmComponentData>;
@@ -101,7 +104,17 @@ sql::Statement PrepareConditions(sql::Connection& sql, const std::wstring& code,
 }
 
 vorn::OwnerPtr<ITolmProjectSettingComponent> MakeComponent(TolmComponentData&& data) {
-    return vorn::MakeOwner<TolmProjectSettingComponent>(std::move(data));
+    return vorn::MakeOwner<TolmProjectSettingComponent>(std::make_shared<const TolmComponentData>(std::move(data)));
+}
+
+/// Adds all of them or, where the reading fails, none.
+bool AppendComponents(sql::Statement& rows, std::vector<vorn::OwnerPtr<ITolmProjectSettingComponent>>& result) {
+    Components components;
+    if (!ReadComponents(rows, components))
+        return false;
+    for (auto& component : components)
+        result.push_back(MakeComponent(std::move(component)));
+    return true;
 }
 
 std::vector<std::wstring> CodesOf(const std::vector<const ITolmCategoryInfo*>& categories) {
@@ -143,13 +156,53 @@ bool TolmComponentSqlUtil::ReadComponentListWithCondition(
     if (!file.IsReady() || category == nullptr)
         return file.IsAbsent() && category != nullptr;
     sql::Statement rows = PrepareConditions(file.Sql(), category->GetCode(), conditions);
-    Components components;
-    if (!ReadComponents(rows, components))
-        return false;
-    for (auto& component : components)
-        result.push_back(MakeComponent(std::move(component)));
-    return true;
+    return AppendComponents(rows, result);
 }
+
+// --- many categories -----------------------------------------------------------------------------------------------
+
+/// The file, and the statement for a category.
+struct TolmComponentReader::Opened {
+    explicit Opened(const std::wstring& path) : file(path, ComponentFile::Purpose::Read) {}
+
+    /// True when a category can be read, in a transaction.
+    bool Begin() { return m_isUsed ? file.Resume() : file.IsReady(); }
+
+    bool Read(const std::wstring& code, std::vector<vorn::OwnerPtr<ITolmProjectSettingComponent>>& result) {
+        if (!m_isUsed)
+            m_rows.emplace(file.Sql().Prepare(Query("c.CategoryCode = ?1")));
+        m_isUsed = true;
+        const bool isRead = AppendComponents(m_rows->Bind(1, code), result);
+        m_rows->Reset();
+        file.Pause();
+        return isRead;
+    }
+
+    ComponentFile file;
+
+private:
+    std::optional<sql::Statement> m_rows; // goes before the file
+    bool m_isUsed = false;
+};
+
+TolmComponentReader::TolmComponentReader(std::wstring path) : m_path(std::move(path)) {}
+
+TolmComponentReader::~TolmComponentReader() = default;
+
+/// A file that cannot be read is opened anew by the next reading.
+bool TolmComponentReader::Read(const ITolmCategoryInfo* category,
+                               std::vector<vorn::OwnerPtr<ITolmProjectSettingComponent>>& result) {
+    if (m_opened == nullptr || !m_opened->Begin())
+        m_opened = std::make_unique<Opened>(m_path);
+    const bool isReady = m_opened->file.IsReady();
+    const bool isAbsent = m_opened->file.IsAbsent();
+    const bool isRead = isReady && category != nullptr && m_opened->Read(category->GetCode(), result);
+    if (!isRead)
+        m_opened.reset();
+    return isRead || (isAbsent && category != nullptr);
+}
+
+// --- versions of one product ---------------------------------------------------------------------------------------
 
 std::map<int, vorn::OwnerPtr<ITolmProjectSettingComponent>>
 TolmComponentSqlUtil::ReadOneComponent(const std::wstring& path, const ITolmCategoryInfo* category, __int64 productId,

@@ -6,6 +6,7 @@
 #include "Vorn/OwnerPtr.h"
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,26 @@ struct TolmDisciplineData {
     std::wstring id;
     std::wstring name;
     std::wstring englishName;
+};
+
+/// Reads the components of categories for one operation through a file that it opens once. Each reading is a
+/// transaction of its own: in between nobody waits for it, and what was committed meanwhile is seen. It is used from
+/// one thread at a time. Nothing throws.
+class TOLM_PLATFORM_API TolmComponentReader {
+public:
+    explicit TolmComponentReader(std::wstring path);
+    ~TolmComponentReader();
+    TolmComponentReader(const TolmComponentReader&) = delete;
+    TolmComponentReader& operator=(const TolmComponentReader&) = delete;
+
+    /// As `TolmComponentSqlUtil::ReadComponentListWithCondition` without a condition.
+    bool Read(const ITolmCategoryInfo* category, std::vector<vorn::OwnerPtr<ITolmProjectSettingComponent>>& result);
+
+private:
+    struct Opened;
+
+    std::wstring m_path;
+    std::unique_ptr<Opened> m_opened;
 };
 
 /// The component database: disciplines, a category tree, components with attributes and versions, and combined

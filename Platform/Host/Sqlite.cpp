@@ -102,6 +102,11 @@ bool Connection::Execute(const char* statements) {
     return sqlite3_exec(m_database.get(), statements, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
+bool Connection::HasMoved() const {
+    int moved = 0;
+    return sqlite3_file_control(m_database.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) != SQLITE_OK || moved != 0;
+}
+
 bool Connection::ReadNumber(std::string_view query, __int64& number) {
     Statement statement = Prepare(query);
     if (!statement.Next())

@@ -26,6 +26,8 @@ public:
     /// Runs to the end and makes the statement ready for other parameters.
     bool Run();
     bool Failed() const { return m_failed; }
+    /// Makes a statement that did not fail ready for other parameters.
+    void Reset() { sqlite3_reset(m_statement.get()); }
 
     std::wstring Text(int column) const;
     __int64 Integer(int column) const { return sqlite3_column_int64(m_statement.get(), column); }
@@ -51,6 +53,8 @@ public:
     /// Runs statements that return no rows.
     bool Execute(const char* statements);
     Statement Prepare(std::string_view text) { return Statement(m_database.get(), text); }
+    /// True when another file stands at the path by now, or none.
+    bool HasMoved() const;
     /// The single number that the query gives; false when it gives none.
     bool ReadNumber(std::string_view query, __int64& number);
 

@@ -16,10 +16,20 @@ void ClassTable::Look() {
     m_exists = HasColumn(nullptr);
     if (m_exists && (!HasColumn("seq") || !HasColumn("id")))
         throw SqlFailure{SQLITE_CORRUPT};
+    m_isKnown = false;
+    m_complete = false;
+}
+
+/// Most tables of a file are asked for nothing but their highest number.
+const std::vector<bool>& ClassTable::Present() const {
+    if (m_isKnown)
+        return m_present;
     m_present.clear();
     for (const auto& attribute : m_definition.attributes)
         m_present.push_back(m_exists && HasColumn(attribute.name.c_str()));
     m_complete = m_exists && std::ranges::find(m_present, false) == m_present.end();
+    m_isKnown = true;
+    return m_present;
 }
 
 /// Without a name: whether the table stands.
@@ -35,9 +45,10 @@ bool ClassTable::Refresh() {
     if (m_complete)
         return false;
     const bool existed = m_exists;
+    const bool wasKnown = m_isKnown;
     const std::vector<bool> before = m_present;
     Look();
-    if (m_exists == existed && m_present == before)
+    if (m_exists == existed && (!wasKnown || Present() == before))
         return false;
     m_rowOfId = {};
     return true;
@@ -45,18 +56,20 @@ bool ClassTable::Refresh() {
 
 bool ClassTable::Complete() {
     const bool hasMore = Refresh();
+    const std::vector<bool>& present = Present();
     if (m_complete)
         return hasMore;
-    CompleteTable(m_connection, m_schema, m_definition, m_present, m_exists);
+    CompleteTable(m_connection, m_schema, m_definition, present, m_exists);
     Look();
     m_rowOfId = {};
     return true;
 }
 
 std::string ClassTable::SelectSql(const std::string& condition) const {
+    const std::vector<bool>& present = Present();
     std::string sql = "SELECT seq,id";
-    for (std::size_t i = 0; i < m_present.size(); ++i)
-        sql += m_present[i] ? "," + Quoted(m_definition.attributes[i].name) : std::string(",NULL");
+    for (std::size_t i = 0; i < present.size(); ++i)
+        sql += present[i] ? "," + Quoted(m_definition.attributes[i].name) : std::string(",NULL");
     return sql + " FROM " + m_name + condition;
 }
 

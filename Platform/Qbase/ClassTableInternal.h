@@ -20,7 +20,7 @@ public:
     const ClassDefinition& Definition() const { return m_definition; }
     bool Exists() const { return m_exists; }
     /// True when the file has the attribute's column.
-    bool HasAttribute(int position) const { return m_present[static_cast<std::size_t>(position)]; }
+    bool HasAttribute(int position) const { return Present()[static_cast<std::size_t>(position)]; }
     /// Looks again at a file that lacked something, which another handle may have added. True when it has more now:
     /// statements that were made before do not know of it. Needs a lock.
     bool Refresh();
@@ -44,6 +44,7 @@ public:
 
 private:
     void Look();
+    const std::vector<bool>& Present() const;
     bool HasColumn(const char* column) const;
     Statement& Ready(Statement& statement, const std::string& sql);
 
@@ -52,8 +53,10 @@ private:
     const ClassDefinition& m_definition;
     std::string m_name;
     bool m_exists = false;
-    bool m_complete = false;
-    std::vector<bool> m_present;
+    // Of the attributes, once somebody asked for them.
+    mutable bool m_isKnown = false;
+    mutable bool m_complete = false;
+    mutable std::vector<bool> m_present;
     Statement m_rowOfId;
     Statement m_hasId;
     Statement m_remove;

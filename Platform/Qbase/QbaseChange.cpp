@@ -96,7 +96,9 @@ QbaseError CQbase::Impl::Update() {
 }
 
 void CQbase::Impl::Saved() {
+    ForgetLeft(*m_record.table, m_record.id);
     m_record.state = Record::State::Stored;
+    m_record.epoch.reset();
     m_record.changed.assign(m_record.cells.size(), false);
     ++m_changes;
 }
@@ -118,12 +120,16 @@ sqlite3_int64 CQbase::Impl::NextNumber() {
 }
 
 sqlite3_int64 CQbase::Impl::HighestNumber() {
-    std::string sql = "SELECT max(0,0";
+    std::string sql = "SELECT 0"; // one row for each table: the cheapest to prepare
     for (std::size_t i = 0; i < m_definition->Classes().size(); ++i) {
         if (TableAt(i).Exists())
-            sql += ",(SELECT ifnull(max(seq),0) FROM " + TableAt(i).Name() + ")";
+            sql += " UNION ALL SELECT max(seq) FROM " + TableAt(i).Name();
     }
-    return m_connection->Query(sql + ")");
+    Statement numbers(m_connection->Get(), sql);
+    sqlite3_int64 highest = 0;
+    while (numbers.Step())
+        highest = std::max(highest, numbers.Integer(0));
+    return highest;
 }
 
 QbaseError CQbase::Impl::Delete(const char* classCode, const wchar_t* id) {
@@ -142,6 +148,7 @@ QbaseError CQbase::Impl::Remove(ClassTable& table, const std::string& id) {
     remove.Run();
     if (sqlite3_changes(m_connection->Get()) == 0)
         return QbaseError::NotFound;
+    ForgetLeft(table, id);
     ++m_changes;
     if (m_record.state == Record::State::Stored && m_record.table == &table && m_record.id == id)
         m_record.state = Record::State::Removed;

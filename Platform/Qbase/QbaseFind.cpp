@@ -85,13 +85,53 @@ QbaseError CQbase::Impl::FetchEqual(const char* classCode, const wchar_t* id) {
     if (!table->Exists())
         return QbaseError::NotFound;
     const std::string text = vorn::StringUtil::ToString(id);
+    if (ReturnTo(*table, text))
+        return QbaseError::None;
     Statement& row = table->RowOfId();
     const qbase::ResetGuard guard(row);
     row.BindText(1, text);
     if (!row.Step())
         return QbaseError::NotFound;
-    m_record.Load(*table, row);
+    LeaveCurrent();
+    Load(*table, row);
     return QbaseError::None;
+}
+
+// --- records that were left ----------------------------------------------------------------------------------------
+
+void CQbase::Impl::Load(ClassTable& table, const Statement& row) {
+    m_record.Load(table, row);
+    m_record.epoch = IsLocked() ? std::optional(m_connection->Epoch()) : std::nullopt;
+}
+
+/// Readers go back to their own record once they have been at those that it refers to. Under a lock nobody else
+/// changes what was left, and this handle forgets what it changes itself.
+bool CQbase::Impl::ReturnTo(const ClassTable& table, const std::string& id) {
+    const auto found = std::ranges::find_if(
+        m_left, [&](const Record& left) { return left.table == &table && IsAsStored(left) && left.id == id; });
+    if (found == m_left.end())
+        return false;
+    std::swap(m_record, *found);
+    return true;
+}
+
+void CQbase::Impl::LeaveCurrent() {
+    if (!IsAsStored(m_record))
+        return;
+    std::swap(m_record, m_left[m_nextLeft]);
+    m_nextLeft = (m_nextLeft + 1) % m_left.size();
+}
+
+/// Unchanged since it was read in the transaction that is under way.
+bool CQbase::Impl::IsAsStored(const Record& record) const {
+    return record.state == Record::State::Stored && record.epoch == m_connection->Epoch() && !record.HasChanges();
+}
+
+void CQbase::Impl::ForgetLeft(const ClassTable& table, const std::string& id) noexcept {
+    for (Record& left : m_left) {
+        if (left.table == &table && left.id == id)
+            left.epoch.reset();
+    }
 }
 
 // --- walks ---------------------------------------------------------------------------------------------------------
@@ -205,7 +245,7 @@ bool CQbase::Impl::StepFrom(Cursor& cursor) {
 
 /// Without a lock nothing may go on standing on a row: it would hold one.
 void CQbase::Impl::Take(Cursor& cursor) {
-    m_record.Load(*cursor.table, cursor.select);
+    Load(*cursor.table, cursor.select);
     if (!IsLocked())
         Halt(cursor);
 }

@@ -7,6 +7,7 @@
 #include "Qbase/Qbase.h"
 #include "Qbase/ValuesInternal.h"
 
+#include <array>
 #include <functional>
 #include <map>
 #include <memory>
@@ -102,6 +103,7 @@ private:
     QbaseError CreateContent(bool& again);
     QbaseError JoinExamined(const std::shared_ptr<qbase::Connection>& connection, const std::wstring& definitionPath,
                             const std::wstring& filePath);
+    void LookForDamage(qbase::Connection& connection);
     QbaseError Join(const std::shared_ptr<qbase::Connection>& connection, bool settle);
     QbaseError Settle();
     QbaseError BeginOnTheFileAtThePath(qbase::LockKind kind);
@@ -115,6 +117,11 @@ private:
     bool HasRecord(qbase::ClassTable& table, const std::string& id);
     bool IsKnownAbsent(const qbase::ClassTable& table, const std::string& id) const;
     void CheckMayRead();
+    void Load(qbase::ClassTable& table, const qbase::Statement& row);
+    bool ReturnTo(const qbase::ClassTable& table, const std::string& id);
+    void LeaveCurrent();
+    bool IsAsStored(const qbase::Record& record) const;
+    void ForgetLeft(const qbase::ClassTable& table, const std::string& id) noexcept;
     QbaseError AddFilter(short attributeId, const char* op, Filter filter);
     void FiltersChanged() noexcept;
     bool CanPass(const qbase::ClassTable& table) const;
@@ -159,6 +166,8 @@ private:
     std::vector<std::unique_ptr<qbase::ClassTable>> m_tables;
     qbase::Record m_record;
     Absent m_absent;
+    std::array<qbase::Record, 4> m_left; ///< were current and are as the file has them
+    std::size_t m_nextLeft = 0;          ///< where the next one goes
     std::vector<Filter> m_filters;
     Cursors m_memberCursors;
     Cursors m_fileCursors;

@@ -1,5 +1,6 @@
 #include "Qbase/QbaseImplInternal.h"
 #include "Qbase/SchemaInternal.h"
+#include "Qbase/SchemaPagesInternal.h"
 #include "Qbase/StoreFileInternal.h"
 
 using qbase::Connection;
@@ -117,6 +118,7 @@ void CQbase::Impl::Forget() noexcept {
     m_fileCursors.clear();
     m_tables.clear();
     m_absent = {};
+    m_left = {};
     m_record.state = qbase::Record::State::None;
     m_lastNumber.reset();
     if (m_isCompanion && m_connection)
@@ -157,8 +159,15 @@ QbaseError CQbase::Impl::JoinExamined(const std::shared_ptr<Connection>& connect
             return error;
     }
     if (kind != StoreFileKind::Empty && kind != StoreFileKind::Missing && connection->Held() == LockKind::Update)
-        Connection(m_path, false); // a damage that is met in the transaction would forbid it to write
+        LookForDamage(*connection);
     return Join(connection, kind != StoreFileKind::Store);
+}
+
+/// A damage that is met in the transaction would forbid it to write: it is looked for on another connection. That is
+/// spared where the schema is the one that the transaction's own file has.
+void CQbase::Impl::LookForDamage(Connection& connection) {
+    if (!qbase::HasSchemaOfMain(connection, m_path))
+        Connection(m_path, false);
 }
 
 /// Only the connection is shared: where this fails the primary is as it was, unless its transaction is lost.

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// A holder of wide text.
@@ -12,12 +13,15 @@ public:
     CWsz() = default;
     CWsz(const wchar_t* text) : m_text(text != nullptr ? text : L"") {}
     CWsz(const std::wstring& text) : m_text(text) {}
+    CWsz(std::wstring&& text) noexcept : m_text(std::move(text)) {}
     /// From narrow text; the code page 0 is the system's, which is UTF-8.
     CWsz(const char* text, int codePage);
 
     operator const wchar_t*() const { return m_text.c_str(); }
     bool isEmpty() const { return m_text.empty(); }
     const std::wstring& str() const { return m_text; }
+    /// The text, without a copy; nothing is to be expected of the holder afterwards but that it can be set again.
+    std::wstring take() { return std::move(m_text); }
 
 private:
     std::wstring m_text;
@@ -30,6 +34,7 @@ public:
     /// `index` must be from 0 to `length()` - 1.
     const CWsz& wszAt(int index) const { return m_texts[static_cast<std::size_t>(index)]; }
     void append(const CWsz& text) { m_texts.push_back(text); }
+    void append(CWsz&& text) { m_texts.push_back(std::move(text)); }
     /// Index of the first entry that is exactly this text; -1 when absent.
     int find(const wchar_t* text) const;
     void reset() { m_texts.clear(); }

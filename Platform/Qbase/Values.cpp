@@ -51,6 +51,7 @@ void Record::Start(ClassTable& in, std::string_view newId) {
     table = &in;
     number = std::numeric_limits<sqlite3_int64>::max(); // after all others, until it is saved
     id = newId;
+    epoch.reset();
     const std::size_t count = in.Definition().attributes.size();
     cells.assign(count, {});
     changed.assign(count, false);

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -46,8 +47,9 @@ struct Record {
     ClassTable* table = nullptr;
     sqlite3_int64 number = 0;
     std::string id;
-    std::vector<Cell> cells;   ///< one for each attribute of the class
-    std::vector<bool> changed; ///< the same, for what is not saved yet
+    std::optional<unsigned> epoch; ///< of the connection when it was read under a lock
+    std::vector<Cell> cells;       ///< one for each attribute of the class
+    std::vector<bool> changed;     ///< the same, for what is not saved yet
 
     bool HasValues() const { return state == State::New || state == State::Stored; }
     bool HasChanges() const;

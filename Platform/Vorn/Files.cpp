@@ -68,11 +68,14 @@ private:
 };
 
 /// Brings the folder's entries to disk. A file system that cannot do so has nothing to be asked for.
-void FlushFolderOf(const fs::path& file) {
-    const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
+void Flush(const fs::path& folder) {
     Descriptor descriptor(folder, O_RDONLY | O_DIRECTORY, 0);
     if (descriptor.IsOpen())
         descriptor.Flush();
+}
+
+void FlushFolderOf(const fs::path& file) {
+    Flush(file.has_parent_path() ? file.parent_path() : fs::path("."));
 }
 
 /// A file beside the target that takes its place when it is complete and vanishes otherwise.
@@ -93,8 +96,6 @@ public:
 
     bool TakePlace() {
         m_done = ::rename(m_path.c_str(), m_target.c_str()) == 0;
-        if (m_done)
-            FlushFolderOf(m_target);
         return m_done;
     }
 
@@ -127,6 +128,17 @@ bool ReplaceContent(const fs::path& target, const void* bytes, std::size_t size)
            file.Close() && replacement.TakePlace();
 }
 
+/// Tells where a content for the path goes; false where it can go nowhere.
+bool FindPlace(const std::wstring& path, const void* bytes, std::size_t size, fs::path& place) {
+    const auto native = ToPath(path);
+    if (!native || (bytes == nullptr && size > 0))
+        return false;
+    const auto target = FindTarget(*native);
+    if (target)
+        place = *target;
+    return target.has_value();
+}
+
 /// Bytes that did not all reach the file are taken off again.
 bool AppendContent(const fs::path& target, const void* bytes, std::size_t size) {
     Descriptor file(target, O_WRONLY | O_CREAT | O_APPEND, kNewFileMode);
@@ -147,7 +159,10 @@ bool CopyContent(const fs::path& source, const fs::path& target) {
     if (!fs::copy_file(source, replacement.Path(), error))
         return false;
     Descriptor file(replacement.Path(), O_RDONLY, 0);
-    return file.IsOpen() && file.Flush() && file.Close() && replacement.TakePlace();
+    const bool isDone = file.IsOpen() && file.Flush() && file.Close() && replacement.TakePlace();
+    if (isDone)
+        FlushFolderOf(target);
+    return isDone;
 }
 
 } // namespace
@@ -215,13 +230,25 @@ bool FileUtility::Copy(const std::wstring& source, const std::wstring& target) {
 }
 
 bool FileUtility::SaveInBinaryMode(const std::wstring& path, const void* bytes, std::size_t size, bool append) {
-    const auto native = ToPath(path);
-    if (!native || (bytes == nullptr && size > 0))
+    fs::path place;
+    if (!FindPlace(path, bytes, size, place))
         return false;
-    const auto target = FindTarget(*native);
-    if (!target)
-        return false;
-    return append ? AppendContent(*target, bytes, size) : ReplaceContent(*target, bytes, size);
+    if (append)
+        return AppendContent(place, bytes, size);
+    const bool isSaved = ReplaceContent(place, bytes, size);
+    if (isSaved)
+        FlushFolderOf(place);
+    return isSaved;
+}
+
+bool FileUtility::SaveOneOfMany(const std::wstring& path, const void* bytes, std::size_t size) {
+    fs::path place;
+    return FindPlace(path, bytes, size, place) && ReplaceContent(place, bytes, size);
+}
+
+void FileUtility::FlushFolder(const std::wstring& folder) {
+    if (const auto native = ToPath(folder))
+        Flush(*native);
 }
 
 } // namespace vorn

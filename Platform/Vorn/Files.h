@@ -51,6 +51,11 @@ public:
     /// Writes `size` bytes to the file, at its end if `append`, else as its whole content. The content is on disk
     /// when true comes back; an existing file is replaced whole or not at all.
     static bool SaveInBinaryMode(const std::wstring& path, const void* bytes, std::size_t size, bool append);
+    /// The same for the whole content of one of several files of a folder: a crash may still leave what stood at the
+    /// path before, until `FlushFolder` was called after the last of them.
+    static bool SaveOneOfMany(const std::wstring& path, const void* bytes, std::size_t size);
+    /// Brings to disk which files stand in the folder, as far as its file system can.
+    static void FlushFolder(const std::wstring& folder);
 };
 
 } // namespace vorn

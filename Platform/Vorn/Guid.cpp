@@ -52,10 +52,8 @@ Guid GenerateRandom() {
     return guid;
 }
 
-/// True where a hyphen stands before the byte of this index.
-constexpr bool StartsGroup(std::size_t index) {
-    return index == 4 || index == 6 || index == 8 || index == 10;
-}
+/// Where the digits of each byte stand; between them are the hyphens.
+constexpr std::array<std::uint8_t, 16> kPlaces{0, 2, 4, 6, 9, 11, 14, 16, 19, 21, 24, 26, 28, 30, 32, 34};
 
 } // namespace
 
@@ -71,12 +69,10 @@ std::wstring GuidUtils::ToString(const UniIdentity& identity, bool braces, bool 
 std::wstring GuidUtils::ToString(const Guid& guid, bool braces, bool upperCase) {
     const wchar_t* const digits = upperCase ? L"0123456789ABCDEF" : L"0123456789abcdef";
     std::wstring text(braces ? 38 : 36, L'-');
-    std::size_t at = braces ? 1 : 0;
-    for (std::size_t i = 0; i < guid.bytes.size(); ++i) {
-        if (StartsGroup(i))
-            ++at;
-        text[at++] = digits[guid.bytes[i] >> 4];
-        text[at++] = digits[guid.bytes[i] & 0x0F];
+    wchar_t* const first = text.data() + (braces ? 1 : 0);
+    for (std::size_t i = 0; i < kPlaces.size(); ++i) {
+        first[kPlaces[i]] = digits[guid.bytes[i] >> 4];
+        first[kPlaces[i] + 1] = digits[guid.bytes[i] & 0x0F];
     }
     if (braces) {
         text.front() = L'{';

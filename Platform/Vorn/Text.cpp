@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <cwchar>
 #include <cwctype>
 #include <locale.h>
@@ -114,9 +116,17 @@ std::wint_t FoldCase(wchar_t character) {
     return locale.ToLower(character);
 }
 
-/// How many characters at the beginning are ASCII: most texts are nothing else.
-template <class Text> std::size_t AsciiLength(const Text& text) {
+/// How many characters at the beginning are ASCII: most texts are nothing else. Whole machine words are looked at as
+/// far as they go.
+template <class Character> std::size_t AsciiLength(std::basic_string_view<Character> text) {
+    constexpr std::size_t perWord = sizeof(std::uint64_t) / sizeof(Character);
+    constexpr std::uint64_t beyond = sizeof(Character) == 1 ? 0x8080808080808080U : 0xFFFFFF80FFFFFF80U;
     std::size_t length = 0;
+    for (std::uint64_t word = 0; length + perWord <= text.size(); length += perWord) {
+        std::memcpy(&word, text.data() + length, sizeof(word));
+        if ((word & beyond) != 0)
+            break;
+    }
     while (length < text.size() && static_cast<char32_t>(text[length]) < 0x80)
         ++length;
     return length;
@@ -125,17 +135,14 @@ template <class Text> std::size_t AsciiLength(const Text& text) {
 } // namespace
 
 std::string StringUtil::ToString(std::wstring_view text) {
-    std::string result(AsciiLength(text), '\0');
-    std::ranges::transform(text.substr(0, result.size()), result.begin(),
-                           [](wchar_t c) { return static_cast<char>(c); });
+    std::string result(text.begin(), text.begin() + AsciiLength(text));
     for (std::size_t at = result.size(); at < text.size();)
         AppendUtf8(result, TakeCharacter(text, at));
     return result;
 }
 
 std::wstring StringUtil::ToWString(std::string_view text) {
-    std::wstring result(AsciiLength(text), L'\0');
-    std::ranges::copy(text.substr(0, result.size()), result.begin());
+    std::wstring result(text.begin(), text.begin() + AsciiLength(text));
     for (std::size_t at = result.size(); at < text.size();) {
         const Decoded next = DecodeNext(text, at);
         AppendCharacter(result, next.character);

@@ -106,13 +106,13 @@ TEST_F(BinaryFiles, AFileIsWrittenReplacedAndRemoved) {
 }
 
 TEST_F(BinaryFiles, TheFolderComesIntoBeing) {
-    const tolm::BinaryFileFolder deep(folder.File(L"a\\b"), L"");
+    tolm::BinaryFileFolder deep(folder.File(L"a\\b"), L"");
     deep.Write(L"f", "x");
     EXPECT_EQ(Content(L"a/b/f"), "x");
 }
 
 TEST_F(BinaryFiles, WithoutAFolderNothingIsWritten) {
-    const tolm::BinaryFileFolder none(L"", L"");
+    tolm::BinaryFileFolder none(L"", L"");
     EXPECT_THROW(none.Write(L"f", "x"), std::runtime_error);
     EXPECT_THROW(none.Remove(L"f"), std::runtime_error);
 }
@@ -172,7 +172,7 @@ TEST_F(BinaryFiles, AnotherNameOfTheDatasetIsRefused) {
 }
 
 TEST_F(BinaryFiles, ANameLikeTheDatasetsInAnotherFolderIsAllowed) {
-    const tolm::BinaryFileFolder other(folder.File(L"files"), folder.File(L"products.db"));
+    tolm::BinaryFileFolder other(folder.File(L"files"), folder.File(L"products.db"));
     EXPECT_NO_THROW(other.Write(L"set.db", "x"));
     EXPECT_EQ(Content(L"files/set.db"), "x");
 }
@@ -193,7 +193,7 @@ TEST_F(BinaryFiles, OnlyRegularFilesAreOverwrittenOrRemoved) {
 
 TEST_F(BinaryFiles, AFolderThatIsAFileCannotBeWrittenTo) {
     Put(L"file", "x");
-    const tolm::BinaryFileFolder wrong(folder.File(L"file"), L"");
+    tolm::BinaryFileFolder wrong(folder.File(L"file"), L"");
     EXPECT_THROW(wrong.Write(L"f", "x"), std::runtime_error);
 }
 

@@ -93,11 +93,6 @@ bool MayHaveChanges(const WorkPlace& place) {
 }
 
 /// What a host does: it compares, and does what the comparison asks for.
-/// The comparison takes a file that it cannot read for one that is empty, and changes that it cannot read for none.
-bool MayHaveChanges(const WorkPlace& place) {
-    return vorn::FileInfo(tolm::DatasetPaths::Of(place.path).status).Exists();
-}
-
 bool Synchronise(const WorkPlace& place) {
     const auto dataset = tolm::ITolmDataSetFactory::Get()->CreateDataset(place.path, place.combinedPath,
                                                                          place.combinedPath, place.binaryFolder);

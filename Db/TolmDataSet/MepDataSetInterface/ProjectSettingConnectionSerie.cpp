@@ -44,6 +44,8 @@ vorn::OwnerPtr<IProjectSettingConnectionSerie> ProjectSettingConnectionSerie::Cl
 void ProjectSettingConnectionSerie::AddFitting(FittingPartType partType, RoutingPreferenceRuleGroupType routingGroup,
                                                vorn::OwnerPtr<ITolmProjectSettingComponent>& component,
                                                double firstSizeBound, double secondSizeBound) {
+    if (m_fittings.empty())
+        m_fittings.reserve(16); // rarely fewer
     m_fittings.push_back({partType, routingGroup, firstSizeBound, secondSizeBound, std::move(component)});
 }
 

@@ -28,6 +28,14 @@ struct ObjectMaker {
     }
 };
 
+/// Adds a row to a list whose length nobody tells beforehand: a list of a few rows grows once.
+template <class T> void AddRow(std::vector<T>& list, const T& row) {
+    constexpr std::size_t usualLength = 16;
+    if (list.empty())
+        list.reserve(usualLength);
+    list.push_back(row);
+}
+
 /// The words for a row that cannot be removed.
 struct RowFaults {
     const wchar_t* empty;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "MepDataSetInterface/RecordBasics.h"
 #include "TolmDataSet/IProjectSettingSizeModule.h"
 
 namespace tolm {
@@ -27,17 +28,17 @@ public:
     void SetMaterial(vorn::OwnerPtr<IProjectSettingMaterial> material) override { m_material = std::move(material); }
     double GetRoughness() const override { return m_roughness; }
     void SetRoughness(double roughness) override { m_roughness = roughness; }
-    void AddPipeSize(const ProjectSettingPipeSize& size) override { m_pipeList.push_back(size); }
+    void AddPipeSize(const ProjectSettingPipeSize& size) override { AddRow(m_pipeList, size); }
     const std::vector<ProjectSettingPipeSize>& GetPipeSizeList() const override { return m_pipeList; }
     void DeletePipeSize(int row) override;
     void ClearPipeSizes() override { m_pipeList.clear(); }
-    void AddDuctSize(const ProjectSettingDuctSize& size) override { m_ductSizeList.push_back(size); }
+    void AddDuctSize(const ProjectSettingDuctSize& size) override { AddRow(m_ductSizeList, size); }
     const std::vector<ProjectSettingDuctSize>& GetDuctSizeList() const override { return m_ductSizeList; }
     void DeleteDuctSize(int row) override;
     void ClearDuctSize() override { m_ductSizeList.clear(); }
     wstring GetCableSpecTypeName() const override { return m_cableSpecTypeName; }
     void SetCableSpecTypeName(wstring& name) override { m_cableSpecTypeName = name; }
-    void AddCableSpecification(const ProjectSettingCableSpec& spec) override { m_cableSpecList.push_back(spec); }
+    void AddCableSpecification(const ProjectSettingCableSpec& spec) override { AddRow(m_cableSpecList, spec); }
     const std::vector<ProjectSettingCableSpec>& GetCableSpecificationList() const override { return m_cableSpecList; }
     std::map<wstring, int> GetCableSpecificationListOfCurrentTemperature() const override;
     void DeleteCableSpecification(int row) override;

@@ -48,7 +48,7 @@ template <class Record> void ReadId(CQbase& qb, Record& record) {
     CWsz text;
     if (!qb.getObjId(text))
         return;
-    std::wstring id = text.str();
+    std::wstring id = text.take();
     record.SetId(id);
 }
 
@@ -85,7 +85,7 @@ template <auto Getter, auto Setter, class Record = RecordOf<Getter>> constexpr A
             [](CQbase& qb, short at, Record& record) {
                 CWsz text;
                 if (qb.getWsz(at, text, 1)) {
-                    std::wstring value = text.str();
+                    std::wstring value = text.take();
                     (record.*Setter)(value);
                 }
                 return true;

@@ -172,11 +172,18 @@ wstring BinaryFileFolder::PathOf(const wstring& name) const {
     return path;
 }
 
-void BinaryFileFolder::Write(const wstring& name, const std::string& bytes) const {
+/// Once for all files: each of them is on disk, and now which files there are.
+BinaryFileFolder::~BinaryFileFolder() {
+    if (m_isFilled)
+        vorn::FileUtility::FlushFolder(m_folder);
+}
+
+void BinaryFileFolder::Write(const wstring& name, const std::string& bytes) {
     const wstring path = PathOf(name);
     if (!vorn::FileSystem::CreateDirectories(m_folder) ||
-        !vorn::FileUtility::SaveInBinaryMode(path, bytes.data(), bytes.size(), false))
+        !vorn::FileUtility::SaveOneOfMany(path, bytes.data(), bytes.size()))
         throw std::runtime_error("The file cannot be written: " + Told(name));
+    m_isFilled = true;
 }
 
 void BinaryFileFolder::Remove(const wstring& name) const {

@@ -19,10 +19,14 @@ public:
     /// `combinedProductFilePath` is a database that the cloud must never touch; the host's open dataset with its
     /// companions and the definition file are others, and so is every store.
     BinaryFileFolder(const wstring& folder, const wstring& combinedProductFilePath);
+    /// Everything that was written is on disk afterwards.
+    ~BinaryFileFolder();
+    BinaryFileFolder(const BinaryFileFolder&) = delete;
+    BinaryFileFolder& operator=(const BinaryFileFolder&) = delete;
 
     /// Writes the file, in place of one that is there. Throws std::runtime_error when the name is refused or the
     /// content cannot be written.
-    void Write(const wstring& name, const std::string& bytes) const;
+    void Write(const wstring& name, const std::string& bytes);
     /// Removes the file if it is there. Throws std::runtime_error when the name is refused or the file stays.
     void Remove(const wstring& name) const;
 
@@ -34,6 +38,7 @@ private:
 
     wstring m_folder;
     std::vector<wstring> m_hostFiles;
+    bool m_isFilled = false; ///< a file was written
 };
 
 } // namespace tolm

@@ -6,14 +6,12 @@
 namespace tolm {
 namespace {
 
-constexpr ComponentCache::Reader kComponentDatabase = &TolmComponentSqlUtil::ReadComponentListWithCondition;
-
-std::atomic<ComponentCache::Reader> g_reader = kComponentDatabase;
+std::atomic<ComponentCache::Reader> g_reader = nullptr;
 
 } // namespace
 
 void ComponentCache::SetReader(Reader reader) {
-    g_reader = reader != nullptr ? reader : kComponentDatabase;
+    g_reader = reader;
 }
 
 const ComponentCache::Category& ComponentCache::Of(ITolmCategoryInfoUtils& utils, const wstring& code) {
@@ -21,7 +19,7 @@ const ComponentCache::Category& ComponentCache::Of(ITolmCategoryInfoUtils& utils
     return known != m_categories.end() ? known->second : m_categories.emplace(code, Read(utils, code)).first->second;
 }
 
-ComponentCache::Category ComponentCache::Read(ITolmCategoryInfoUtils& utils, const wstring& code) const {
+ComponentCache::Category ComponentCache::Read(ITolmCategoryInfoUtils& utils, const wstring& code) {
     Category category;
     const auto info = utils.GetCategoryInfo(code);
     if (info == nullptr) {
@@ -29,7 +27,10 @@ ComponentCache::Category ComponentCache::Read(ITolmCategoryInfoUtils& utils, con
         return category;
     }
     std::vector<vorn::OwnerPtr<ITolmProjectSettingComponent>> components;
-    g_reader.load()(m_componentFilePath, info.get(), {}, components, true);
+    if (const Reader reader = g_reader.load(); reader != nullptr)
+        reader(m_componentFilePath, info.get(), {}, components, true);
+    else
+        m_database.Read(info.get(), components);
     for (auto& component : components) {
         if (component == nullptr) {
             category.fault = L"retComponents[j]为空";

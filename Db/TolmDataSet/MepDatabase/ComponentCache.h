@@ -12,7 +12,7 @@
 namespace tolm {
 
 /// The catalogue components that one operation has read already, since many connection series draw on few
-/// categories. It lives no longer than one operation and is used on its thread.
+/// categories. It opens the component database once. It lives no longer than one operation and is used on its thread.
 class ComponentCache {
 public:
     /// The components of one category by product id; of several versions of a product the newest.
@@ -22,7 +22,8 @@ public:
         std::unordered_map<wstring, vorn::OwnerPtr<ITolmProjectSettingComponent>> components;
     };
 
-    explicit ComponentCache(wstring componentFilePath) : m_componentFilePath(std::move(componentFilePath)) {}
+    explicit ComponentCache(wstring componentFilePath)
+        : m_componentFilePath(std::move(componentFilePath)), m_database(m_componentFilePath) {}
 
     /// The category of this code, asked for and read when it is met first. Valid as long as the cache.
     const Category& Of(ITolmCategoryInfoUtils& utils, const wstring& code);
@@ -35,9 +36,10 @@ public:
     static void SetReader(Reader reader);
 
 private:
-    Category Read(ITolmCategoryInfoUtils& utils, const wstring& code) const;
+    Category Read(ITolmCategoryInfoUtils& utils, const wstring& code);
 
     wstring m_componentFilePath;
+    TolmComponentReader m_database;
     std::unordered_map<wstring, Category> m_categories;
 };
 

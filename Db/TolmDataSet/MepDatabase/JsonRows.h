@@ -30,10 +30,24 @@ template <class Record> void AddFields(JsonFields& fields, JsonCells<Record> cel
         fields.emplace_back(cell.key, cell.valueOf(record));
 }
 
+inline void AddPairs(JsonFields&) {}
+template <class... Rest> void AddPairs(JsonFields& fields, const char* key, web::json::value&& value, Rest&&... rest) {
+    fields.emplace_back(key, std::move(value));
+    AddPairs(fields, std::forward<Rest>(rest)...);
+}
+
 template <class Record> web::json::value JsonObject(JsonCells<Record> cells, const Record& record) {
     JsonFields fields;
     fields.reserve(cells.size());
     AddFields(fields, cells, record);
+    return web::json::value::object(std::move(fields));
+}
+
+/// An object of keys and values in turns; the values are moved into it, as they cannot be out of a braced list.
+template <class... KeysAndValues> web::json::value JsonObjectOf(KeysAndValues&&... keysAndValues) {
+    JsonFields fields;
+    fields.reserve(sizeof...(keysAndValues) / 2);
+    AddPairs(fields, std::forward<KeysAndValues>(keysAndValues)...);
     return web::json::value::object(std::move(fields));
 }
 
@@ -66,10 +80,9 @@ web::json::value EncodeRows(const std::vector<std::shared_ptr<const Record>>& li
             return {};
         }
         auto row = encode(*record);
-        rows.push_back(wrap ? web::json::value::object({{"id", JsonText(record->GetId())}, {"data", std::move(row)}})
-                            : std::move(row));
+        rows.push_back(wrap ? JsonObjectOf("id", JsonText(record->GetId()), "data", std::move(row)) : std::move(row));
     }
-    return web::json::value::object({{"rows", web::json::value::array(std::move(rows))}});
+    return JsonObjectOf("rows", web::json::value::array(std::move(rows)));
 }
 
 } // namespace tolm

@@ -5,48 +5,70 @@
 #include "MepDatabase/StoreFrame.h"
 #include "MepDatabase/StoreSchema.h"
 
+#include <optional>
+#include <utility>
+
 namespace tolm {
 namespace {
 
-void CopyMaterial(const IProjectSettingMaterial& from, IProjectSettingMaterial& to) {
-    wstring id = from.GetId();
-    wstring name = from.GetName();
-    to.SetId(id);
-    to.SetName(name);
-    to.SetMEPType(from.GetMEPType());
-    to.SetDisciplineId(from.GetDisciplineId());
-    to.SetCreateTime(from.GetCreateTime());
-}
-
-/// False when the record could not be made; an id that the store does not have leaves `material` empty.
-bool ReadMaterialOfModule(CQbase& qb, const wstring& id, vorn::OwnerPtr<IProjectSettingMaterial>& material) {
+/// The material of this id, filled from the store; the module is the current record again afterwards. Nothing where the
+/// store does not have it; an empty owner where the record could not be made.
+std::optional<vorn::OwnerPtr<IProjectSettingMaterial>> ReadMaterialOfModule(CQbase& qb, const wstring& id) {
     const wstring moduleId = CurrentId(qb);
     if (!qb.fetchEqualRec(schema::kMaterial, id))
-        return true;
-    material = MakeMaterial();
+        return std::nullopt;
+    auto material = MakeMaterial();
     if (material != nullptr) {
         ReadId(qb, *material);
         ReadAttributes(qb, *material, MaterialAttributes());
     }
     qb.fetchEqualRec(schema::kSizeModule, moduleId);
-    return material != nullptr;
+    return material;
 }
 
 } // namespace
 
+MaterialCache::Known MaterialCache::KnownOf(const IProjectSettingMaterial& material) {
+    return {true,
+            material.GetId(),
+            material.GetName(),
+            material.GetMEPType(),
+            material.GetDisciplineId(),
+            material.GetCreateTime()};
+}
+
+vorn::OwnerPtr<IProjectSettingMaterial> MaterialCache::MadeOf(Known known) {
+    auto material = MakeMaterial();
+    if (material == nullptr)
+        return {};
+    material->SetId(known.id);
+    material->SetName(known.name);
+    material->SetMEPType(known.mepType);
+    material->SetDisciplineId(known.disciplineId);
+    material->SetCreateTime(known.createTime);
+    return material;
+}
+
 bool MaterialCache::GiveTo(CQbase& qb, const wstring& materialId, IProjectSettingSizeModule& module) {
-    const auto [at, isNew] = m_materials.try_emplace(materialId);
-    if (isNew && !ReadMaterialOfModule(qb, materialId, at->second)) {
-        m_materials.erase(at);
-        return false;
-    }
-    if (at->second == nullptr)
+    const auto at = m_materials.find(materialId);
+    if (at == m_materials.end())
+        return GiveNew(qb, materialId, module);
+    if (!at->second.exists)
         return true;
-    auto copy = MakeMaterial();
-    if (copy == nullptr)
+    auto material = MadeOf(at->second);
+    const bool isMade = material != nullptr;
+    if (isMade)
+        module.SetMaterial(std::move(material));
+    return isMade;
+}
+
+bool MaterialCache::GiveNew(CQbase& qb, const wstring& materialId, IProjectSettingSizeModule& module) {
+    auto material = ReadMaterialOfModule(qb, materialId);
+    if (material && *material == nullptr)
         return false;
-    CopyMaterial(*at->second, *copy);
-    module.SetMaterial(std::move(copy));
+    m_materials.emplace(materialId, material ? KnownOf(**material) : Known{});
+    if (material)
+        module.SetMaterial(std::move(*material));
     return true;
 }
 

@@ -17,8 +17,21 @@ public:
     bool GiveTo(CQbase& qb, const wstring& materialId, IProjectSettingSizeModule& module);
 
 private:
-    /// An id without a record stands for a material that the store does not have.
-    std::unordered_map<wstring, vorn::OwnerPtr<IProjectSettingMaterial>> m_materials;
+    /// What the store holds of a material.
+    struct Known {
+        bool exists = false; ///< the store has it
+        wstring id;
+        wstring name;
+        TolmProjectSettingMEPObjectType mepType{};
+        MEPDisciplineId disciplineId{};
+        __int64 createTime = 0;
+    };
+
+    static Known KnownOf(const IProjectSettingMaterial& material);
+    static vorn::OwnerPtr<IProjectSettingMaterial> MadeOf(Known known);
+    bool GiveNew(CQbase& qb, const wstring& materialId, IProjectSettingSizeModule& module);
+
+    std::unordered_map<wstring, Known> m_materials;
 };
 
 } // namespace tolm

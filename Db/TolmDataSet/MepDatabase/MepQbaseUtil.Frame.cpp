@@ -105,7 +105,7 @@ void StoreFrame::SetMaker(Maker maker) {
 
 wstring CurrentId(CQbase& qb) {
     CWsz id;
-    return qb.getObjId(id) ? id.str() : wstring();
+    return qb.getObjId(id) ? id.take() : wstring();
 }
 
 wstring IdOrNew(wstring id) {

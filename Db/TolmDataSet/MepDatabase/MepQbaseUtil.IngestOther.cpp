@@ -134,7 +134,7 @@ bool ReadListForm(const object& row, ITolmCategoryInfoUtils& utils, const CallSi
     return true;
 }
 
-void WriteBinaryFile(const BinaryFileFolder& folder, const object& element) {
+void WriteBinaryFile(BinaryFileFolder& folder, const object& element) {
     const std::string bytes = base64_decode(element.at("data").as_string());
     jsonread::Int(element, "length"); // the length of the data counts, not what is said of it
     folder.Write(jsonread::Text(element, "fileName"), bytes);
@@ -179,7 +179,7 @@ bool MepQbaseUtil::AddOtherContent(const web::json::object& add, CQbase* qb, wst
                    [&](const object& element) { WriteCircuitTemplate(*qb, element); });
     DoUnit(TOLM_CALL_SITE, L"Combination_:下载组合设备失败",
            [&] { InsertCombinedProducts(*this, add, combinedProductFilePath); });
-    const BinaryFileFolder folder(binaryFileFolder, combinedProductFilePath);
+    BinaryFileFolder folder(binaryFileFolder, combinedProductFilePath);
     ForEachElement(add, "BinaryTable", TOLM_CALL_SITE, L"BinaryTable:下载文件失败",
                    [&](const object& element) { WriteBinaryFile(folder, element); });
     return true;

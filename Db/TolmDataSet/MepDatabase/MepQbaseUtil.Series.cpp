@@ -24,7 +24,7 @@ void FilterByTypeAndDiscipline(CQbase& qb, TolmProjectSettingMEPObjectType mepTy
 
 wstring ReadReference(CQbase& qb, short attributeId) {
     CWsz id;
-    return qb.getWsz(attributeId, id, 1) ? id.str() : wstring();
+    return qb.getWsz(attributeId, id, 1) ? id.take() : wstring();
 }
 
 /// Lets the current series refer to a part and makes that the current record, created where it does not exist.

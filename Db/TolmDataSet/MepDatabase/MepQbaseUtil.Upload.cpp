@@ -103,7 +103,7 @@ public:
         root["userID"] = JsonText(m_client.UserId());
         AddCreated(root);
         AddEdited(root);
-        return AddRemoved(root) ? root : web::json::value();
+        return AddRemoved(root) ? std::move(root) : web::json::value();
     }
 
 private:

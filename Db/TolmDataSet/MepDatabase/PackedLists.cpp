@@ -6,9 +6,18 @@
 #include <bit>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 namespace tolm {
 namespace {
+
+/// Calls with the number of each byte of the type, without a loop: the compiler makes one move of it.
+template <class Unsigned, class Use> void EachByte(Use use) {
+    [&]<std::size_t... Is>(std::index_sequence<Is...>) {
+        (use(Is), ...);
+    }
+    (std::make_index_sequence<sizeof(Unsigned)>());
+}
 
 /// Puts the fields of one entry, in order.
 class EntryWriter {
@@ -31,8 +40,8 @@ public:
 
 private:
     template <class Unsigned> void Bits(Unsigned value) {
-        for (std::size_t i = 0; i < sizeof(Unsigned); ++i)
-            *m_at++ = static_cast<char>((value >> (8 * i)) & 0xFFU);
+        EachByte<Unsigned>([&](std::size_t i) { m_at[i] = static_cast<char>((value >> (8 * i)) & 0xFFU); });
+        m_at += sizeof(Unsigned);
     }
 
     char* m_at;
@@ -61,9 +70,10 @@ public:
 private:
     template <class Unsigned> Unsigned Bits() {
         Unsigned value = 0;
-        for (std::size_t i = 0; i < sizeof(Unsigned); ++i)
-            value =
-                static_cast<Unsigned>(value | (static_cast<Unsigned>(static_cast<unsigned char>(*m_at++)) << (8 * i)));
+        EachByte<Unsigned>([&](std::size_t i) {
+            value = static_cast<Unsigned>(value | (Unsigned{static_cast<unsigned char>(m_at[i])} << (8 * i)));
+        });
+        m_at += sizeof(Unsigned);
         return value;
     }
 

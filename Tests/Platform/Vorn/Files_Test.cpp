@@ -162,6 +162,23 @@ TEST_F(Files, SaveReplacesTheWholeContent) {
     EXPECT_EQ(EntryCount(), 1U);
 }
 
+TEST_F(Files, ManyFilesOfAFolderAreSavedWholeAndItsEntriesAfterwards) {
+    const auto save = [&](const std::wstring& name, const std::string& text) {
+        return FileUtility::SaveOneOfMany(File(name), text.data(), text.size());
+    };
+    ASSERT_TRUE(save(L"f", "a longer text"));
+    ASSERT_TRUE(save(L"f", "short"));
+    ASSERT_TRUE(save(L"g", ""));
+    FileUtility::FlushFolder(m_folder.Path());
+    EXPECT_EQ(Load(File(L"f")), "short");
+    EXPECT_TRUE(FileInfo(File(L"g")).IsRegularFile());
+    EXPECT_EQ(EntryCount(), 2U);
+    EXPECT_FALSE(save(L"no/f", "x"));
+    EXPECT_FALSE(FileUtility::SaveOneOfMany(File(L"h"), nullptr, 1));
+    FileUtility::FlushFolder(File(L"no"));
+    EXPECT_EQ(EntryCount(), 2U);
+}
+
 TEST_F(Files, SaveOfNothingMakesAnEmptyFile) {
     EXPECT_TRUE(FileUtility::SaveInBinaryMode(File(L"f"), nullptr, 0, false));
     EXPECT_TRUE(FileInfo(File(L"f")).IsRegularFile());

@@ -31,6 +31,18 @@ const std::vector<Sample>& WellFormedSamples() {
     return samples;
 }
 
+TEST(Text, ALetterBeyondAsciiIsFoundAtEachPlace) {
+    for (std::size_t length = 1; length < 20; ++length) {
+        for (std::size_t at = 0; at < length; ++at) {
+            std::wstring wide(length, L'x');
+            wide[at] = L'\u00E9';
+            const std::string narrow = std::string(at, 'x') + "\xC3\xA9" + std::string(length - at - 1, 'x');
+            EXPECT_EQ(StringUtil::ToString(wide), narrow);
+            EXPECT_EQ(StringUtil::ToWString(narrow), wide);
+        }
+    }
+}
+
 TEST(Text, WellFormedTextGoesBothWaysUnchanged) {
     for (const Sample& sample : WellFormedSamples()) {
         EXPECT_EQ(StringUtil::ToString(sample.wide), sample.narrow);
