@@ -45,6 +45,7 @@ std::string PlaceholderList(std::size_t count) {
     return list;
 }
 
+/// The order of births is found here: asked for it, SQLite would go through all rows of the project by their births.
 void ReadLastStates(soci::session& session, const std::string& projectId, int idSpace, std::span<const std::string> ids,
                     LastStates& states) {
     std::string id;
@@ -53,7 +54,7 @@ void ReadLastStates(soci::session& session, const std::string& projectId, int id
     query.alloc();
     query.prepare("SELECT row_id, table_name, row_group, born, gone, position, CASE WHEN gone = " TOLM_FOREVER
                   " THEN body ELSE '' END FROM setting_rows WHERE project_id = :p AND id_space = :s AND row_id IN (" +
-                  PlaceholderList(ids.size()) + ") ORDER BY born");
+                  PlaceholderList(ids.size()) + ")");
     query.exchange(soci::use(projectId, "p"));
     query.exchange(soci::use(idSpace, "s"));
     for (std::size_t i = 0; i < ids.size(); ++i)
@@ -67,8 +68,11 @@ void ReadLastStates(soci::session& session, const std::string& projectId, int id
     query.exchange(soci::into(state.body));
     query.define_and_bind();
     query.execute();
-    while (query.fetch())
-        states[{idSpace, id}] = state;
+    while (query.fetch()) {
+        LastState& last = states[{idSpace, id}];
+        if (state.born >= last.born)
+            last = state;
+    }
 }
 
 std::map<int, std::vector<std::string>> IdsBySpace(const SettingChange& change) {
@@ -183,15 +187,18 @@ void WriteBorn(soci::session& session, const std::string& projectId, long long v
     }
 }
 
-void CheckNames(soci::session& session, const std::string& projectId) {
+/// No name stood twice before: only the names that this version brought may.
+void CheckNames(soci::session& session, const std::string& projectId, long long version) {
     std::string scope;
     std::string name;
     std::string first;
     std::string last;
     session << "SELECT name_scope, name, MIN(row_id), MAX(row_id) FROM setting_rows WHERE project_id = :p AND gone "
-               "= " TOLM_FOREVER " AND name_scope <> '' GROUP BY name_scope, name HAVING COUNT(*) > 1 ORDER BY "
-               "name_scope, name LIMIT 1",
-        soci::use(projectId), soci::into(scope), soci::into(name), soci::into(first), soci::into(last);
+               "= " TOLM_FOREVER " AND name_scope <> '' AND (name_scope, name) IN (SELECT name_scope, name FROM "
+               "setting_rows WHERE project_id = :q AND born = :v AND name_scope <> '') GROUP BY name_scope, name "
+               "HAVING COUNT(*) > 1 ORDER BY name_scope, name LIMIT 1",
+        soci::use(projectId, "p"), soci::use(projectId, "q"), soci::use(version, "v"), soci::into(scope),
+        soci::into(name), soci::into(first), soci::into(last);
     if (session.got_data())
         throw Refusal(Answer::NameClash,
                       scope + ": the rows \"" + first + "\" and \"" + last + "\" both bear the name " + name);
@@ -233,7 +240,7 @@ std::int64_t MakeVersion(soci::session& session, const std::string& projectId, c
     const std::int64_t version = firstFill ? 1 : state.version + 1;
     WriteGone(session, projectId, version, plan);
     WriteBorn(session, projectId, version, plan);
-    CheckNames(session, projectId);
+    CheckNames(session, projectId, version);
     WriteVersion(session, projectId, version, plan.nextPosition);
     return version;
 }

@@ -24,6 +24,7 @@ using nlohmann::json;
 
 constexpr int kWorkers = 8;
 constexpr long kStepsOfARun = 25;
+constexpr long long kForever = std::numeric_limits<long long>::max() / 4;
 constexpr long kOutsideMarks = 1'000'000'000;
 /// An operation takes a handful of locks one after the other, each for no longer than the time-out of the processes
 /// (1.5 s); the rest is for a machine that has other things to do.
@@ -186,10 +187,22 @@ protected:
         return text;
     }
 
-    void ExpectSame() {
+    void ExpectSame(const VersionLog& log) {
         const auto expected = TravellingFacts(Expected());
         EXPECT_TRUE(Same(expected, TravellingFacts(StoreFacts(dataset.Path()))));
         EXPECT_TRUE(Same(expected, TravellingFacts(StoreFacts(outside.Path()))));
+        if (HasFailure())
+            PrintEdits(log);
+    }
+
+    /// For whoever has to find out how it came about.
+    void PrintEdits(const VersionLog& log) {
+        for (const auto& ledger : ledgers) {
+            for (const auto& edit : ledger.attempts)
+                std::cout << edit.what << ' ' << edit.id << ' ' << edit.mark << " at " << edit.from << ", end "
+                          << static_cast<int>(edit.end) << "; the cloud has "
+                          << Text(log.Of(SliceOf("pipe materials"), edit.id)) << "\n";
+        }
     }
 
     /// Each edit that was said to be made is in the cloud, or was followed by another one of the same worker, or gave
@@ -206,7 +219,7 @@ protected:
         const Attempt& edit = attempts[place];
         const auto& states = log.Of(SliceOf("pipe materials"), edit.id);
         const auto has = [&](long mark) { return std::ranges::find(states, mark, &LoggedState::Mark) != states.end(); };
-        const bool isGone = states.empty() || states.back().gone < std::numeric_limits<long long>::max() / 4;
+        const bool isGone = states.empty() || states.back().gone < kForever;
         if (edit.what == "put" ? has(edit.mark) : isGone)
             return "landed";
         for (auto later = place + 1; later < attempts.size(); ++later) {
@@ -229,7 +242,8 @@ protected:
     static std::string Text(const std::vector<LoggedState>& states) {
         std::string text;
         for (const auto& state : states)
-            text += std::to_string(state.Mark()) + " from " + std::to_string(state.born) + "; ";
+            text += std::to_string(state.Mark()) + " from " + std::to_string(state.born) +
+                    (state.gone < kForever ? " to " + std::to_string(state.gone) : "") + "; ";
         return text.empty() ? "nothing" : text;
     }
 
@@ -239,8 +253,8 @@ protected:
         RunAll(kills, seed);
         ExpectNoLockLeft();
         Settle();
-        ExpectSame();
         const VersionLog log(service.DatabasePath(), "P");
+        ExpectSame(log);
         std::map<std::string, int> syncs;
         for (const auto& ledger : ledgers) {
             ExpectNothingLost(ledger, log);
