@@ -48,7 +48,7 @@ std::shared_ptr<Connection> Connection::OpenStore(const std::string& path) {
         return nullptr;
     const auto connection = std::make_shared<Connection>(Unopened{});
     connection->Open(path, false);
-    if (!IsOpenOnStore(connection->Get(), "main"))
+    if (!IsOpenOnStore(connection->Get()))
         return nullptr;
     connection->ReadMain(path);
     return connection;
@@ -83,7 +83,7 @@ void Connection::Configure(const std::string& path) {
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
-    const bool isCopy = WorkingCopyRegistry::RecordOf(path) != nullptr;
+    const bool isCopy = WorkingCopyRegistry::Has(path);
     Execute("PRAGMA cell_size_check=ON;PRAGMA synchronous=" + std::string(isCopy ? "OFF" : "FULL"));
 }
 
@@ -92,25 +92,7 @@ Connection::File& Connection::AddFile(const std::string& schema, const std::stri
     const auto identity = IdentityOf(path);
     if (!identity)
         throw SqlFailure{SQLITE_CANTOPEN};
-    auto& file = m_files.emplace_back(File{schema, path, *identity, std::move(look), false, nullptr, false});
-    file.record = WorkingCopyRegistry::RecordOf(path);
-    if (file.record)
-        sqlite3_preupdate_hook(Get(), OnChange, this);
-    return file;
-}
-
-/// SQLite tells of each row, those that make room for others too, and empties no table at one stroke while it tells.
-void Connection::OnChange(void* self, sqlite3*, int operation, const char* schema, const char* table,
-                          sqlite3_int64 before, sqlite3_int64 after) {
-    for (File& file : static_cast<Connection*>(self)->m_files) {
-        if (!file.record || file.schema != schema)
-            continue;
-        file.isChanged = true;
-        if (operation != SQLITE_INSERT)
-            file.record->Note(table, before);
-        if (operation != SQLITE_DELETE)
-            file.record->Note(table, after);
-    }
+    return m_files.emplace_back(File{schema, path, *identity, std::move(look), false});
 }
 
 int Connection::OnBusy(void* self, int) {
@@ -133,22 +115,8 @@ void Connection::Begin(LockKind kind) {
 
 void Connection::Commit() {
     ResetAll(Get());
-    for (const File& file : m_files) {
-        if (file.isChanged)
-            RaiseChangeCounter(file);
-    }
     Execute("COMMIT");
-    for (const File& file : m_files) {
-        if (file.isChanged)
-            file.record->CountCommit();
-    }
     EndTransaction();
-}
-
-/// SQLite counts no commit that writes no page, as when rows are given the content that they have. A mark that is
-/// written again is always a page.
-void Connection::RaiseChangeCounter(const File& file) {
-    Execute("PRAGMA " + Quoted(file.schema) + ".application_id=" + std::to_string(kApplicationId));
 }
 
 void Connection::Rollback() noexcept {
@@ -163,8 +131,6 @@ void Connection::Rollback() noexcept {
 void Connection::EndTransaction() noexcept {
     LockRegistry::Remove(this);
     m_held = LockKind::None;
-    for (File& file : m_files)
-        file.isChanged = false;
     ++m_epoch;
 }
 

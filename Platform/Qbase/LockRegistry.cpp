@@ -1,11 +1,8 @@
 #include "Qbase/LockRegistryInternal.h"
 
-#include "Qbase/CopyRecordInternal.h"
-
 #include <algorithm>
 #include <mutex>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace qbase {
@@ -26,7 +23,6 @@ struct Registry {
 struct WorkingCopy {
     std::string path;
     const void* owner;
-    std::shared_ptr<CopyRecord> record;
 };
 
 struct WorkingCopies {
@@ -80,9 +76,11 @@ bool LockRegistry::IsHeldForUpdate(const FileIdentity& file) {
     return AnyOfThisThread(file, [](const Holding& holding) { return holding.kind == LockKind::Update; });
 }
 
-void WorkingCopyRegistry::Add(const void* owner, const std::string& path, std::shared_ptr<CopyRecord> record) {
+void WorkingCopyRegistry::Add(const void* owner, const std::vector<std::string>& paths) {
+    Remove(owner);
     const std::lock_guard lock(TheCopies().mutex);
-    TheCopies().copies.push_back({path, owner, std::move(record)});
+    for (const auto& path : paths)
+        TheCopies().copies.push_back({path, owner});
 }
 
 void WorkingCopyRegistry::Remove(const void* owner) noexcept {
@@ -90,11 +88,9 @@ void WorkingCopyRegistry::Remove(const void* owner) noexcept {
     std::erase_if(TheCopies().copies, [&](const WorkingCopy& copy) { return copy.owner == owner; });
 }
 
-std::shared_ptr<CopyRecord> WorkingCopyRegistry::RecordOf(const std::string& path) {
+bool WorkingCopyRegistry::Has(const std::string& path) {
     const std::lock_guard lock(TheCopies().mutex);
-    const auto& copies = TheCopies().copies;
-    const auto found = std::ranges::find(copies, path, &WorkingCopy::path);
-    return found == copies.end() ? nullptr : found->record;
+    return std::ranges::any_of(TheCopies().copies, [&](const WorkingCopy& copy) { return copy.path == path; });
 }
 
 } // namespace qbase

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace qbase {
 
@@ -31,17 +32,13 @@ public:
     static bool IsHeldForUpdate(const FileIdentity& file);
 };
 
-class CopyRecord;
-
-/// Which files of this process are working copies, by their whole paths, and the records of their changes. Any thread
-/// may call it.
+/// Which files of this process are working copies, by their whole paths. Any thread may call it.
 class WorkingCopyRegistry {
 public:
-    static void Add(const void* owner, const std::string& path, std::shared_ptr<CopyRecord> record);
-    /// Forgets all copies of the owner.
+    /// Notes the owner's copies, in place of those that it had.
+    static void Add(const void* owner, const std::vector<std::string>& paths);
     static void Remove(const void* owner) noexcept;
-    /// Null for a file that is no working copy.
-    static std::shared_ptr<CopyRecord> RecordOf(const std::string& path);
+    static bool Has(const std::string& path);
 };
 
 } // namespace qbase

@@ -148,7 +148,7 @@ bool HasSchemaOfMain(Connection& connection, const std::string& path) {
     sqlite3_file* const known = MainFileOf(connection);
     if (known == nullptr || IdentityOf(path + "-journal"))
         return false;
-    RawFile other(path, RawFile::Mode::Read);
+    RawFile other(path);
     Pair pair(*known, other.Get());
     return pair.HaveSameSchema() && LastRoot(connection) <= pair.PageCount();
 }

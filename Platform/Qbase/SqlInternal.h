@@ -41,7 +41,6 @@ public:
     /// Steps once and resets; true when there was a row.
     bool Run();
 
-    int ColumnCount() const { return sqlite3_column_count(m_statement.get()); }
     int ColumnType(int column) const { return sqlite3_column_type(m_statement.get(), column); }
     sqlite3_int64 Integer(int column) const { return sqlite3_column_int64(m_statement.get(), column); }
     double Real(int column) const { return sqlite3_column_double(m_statement.get(), column); }

@@ -2,15 +2,8 @@
 #include "Qbase/SchemaInternal.h"
 #include "Qbase/StoreFileInternal.h"
 
-#include <algorithm>
-#include <optional>
-#include <span>
-#include <vector>
-
 namespace qbase {
 namespace {
-
-constexpr std::size_t kBlockSize = 64 * 1024; // SQLite's file layer takes less than 128 KiB at a time
 
 struct BackupEnd {
     void operator()(sqlite3_backup* backup) const { sqlite3_backup_finish(backup); }
@@ -42,23 +35,6 @@ bool DeleteFiles(const std::string& path) {
 }
 
 } // namespace
-
-std::unique_ptr<RawFile> CopyImage(sqlite3* source, const std::string& schema, const std::string& target) {
-    if (!RemoveFiles(target))
-        throw SqlFailure{SQLITE_BUSY};
-    auto copy = std::make_unique<RawFile>(target, RawFile::Mode::CreateNew);
-    sqlite3_file& file = FileOf(source, schema);
-    const auto size = SizeOf(file);
-    std::vector<unsigned char> buffer(kBlockSize);
-    for (sqlite3_int64 at = 0; at < size; at += kBlockSize) {
-        const auto count = static_cast<std::size_t>(std::min<sqlite3_int64>(kBlockSize, size - at));
-        const auto block = std::span(buffer).first(count);
-        if (!ReadAt(file, block, at))
-            throw SqlFailure{SQLITE_IOERR_SHORT_READ};
-        WriteAt(copy->Get(), block, at);
-    }
-    return copy;
-}
 
 void CopyFile(sqlite3* source, const std::string& schema, const std::string& target) {
     const auto identity = IdentityOf(target);
@@ -99,9 +75,8 @@ bool RemoveFiles(const std::string& path) {
     if (LockRegistry::WouldWaitForItself(*identity, LockKind::Update, nullptr))
         return false;
     try {
-        Waiter waiter;
-        RawFile file(path, RawFile::Mode::Change);
-        file.LockExclusive(waiter);
+        Connection connection(path, false);
+        connection.Begin(LockKind::Update);
         return DeleteFiles(path);
     } catch (const SqlFailure& failure) {
         return ErrorOf(failure.code) != QbaseError::Locked && DeleteFiles(path);

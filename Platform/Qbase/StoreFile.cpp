@@ -1,6 +1,7 @@
 #include "Qbase/StoreFileInternal.h"
 
 #include "Qbase/RawFileInternal.h"
+
 #include "Vorn/Files.h"
 
 #include <array>
@@ -18,26 +19,33 @@ using HeaderBytes = std::array<unsigned char, 100>;
 constexpr std::string_view kMagic("SQLite format 3", 16);
 constexpr std::size_t kWriteVersionAt = 18;
 constexpr std::size_t kReadVersionAt = 19;
-constexpr std::size_t kChangeCounterAt = 24;
 constexpr std::size_t kUserVersionAt = 60;
 constexpr std::size_t kApplicationIdAt = 68;
 constexpr unsigned char kRollbackJournal = 1;
 
-std::uint32_t BigEndian(const HeaderBytes& bytes, std::size_t at) {
-    std::uint32_t value = 0;
+int BigEndian(const HeaderBytes& bytes, std::size_t at) {
+    unsigned value = 0;
     for (std::size_t i = 0; i < 4; ++i)
         value = (value << 8) | bytes[at + i];
-    return value;
+    return static_cast<int>(value);
+}
+
+/// False when the file is shorter.
+bool ReadHeader(sqlite3_file& file, HeaderBytes& bytes) {
+    const int code = file.pMethods->xRead(&file, bytes.data(), static_cast<int>(bytes.size()), 0);
+    if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ)
+        throw SqlFailure{code};
+    return code == SQLITE_OK;
 }
 
 StoreFileKind Judge(sqlite3_file& file) {
     HeaderBytes bytes{};
-    if (!ReadAt(file, bytes, 0))
+    if (!ReadHeader(file, bytes))
         return StoreFileKind::Foreign;
     const std::string_view magic(reinterpret_cast<const char*>(bytes.data()), kMagic.size());
-    if (magic != kMagic || static_cast<int>(BigEndian(bytes, kApplicationIdAt)) != kApplicationId)
+    if (magic != kMagic || BigEndian(bytes, kApplicationIdAt) != kApplicationId)
         return StoreFileKind::Foreign;
-    const int version = static_cast<int>(BigEndian(bytes, kUserVersionAt));
+    const int version = BigEndian(bytes, kUserVersionAt);
     if (version > kFormatVersion)
         return StoreFileKind::Newer;
     const bool hasJournal = bytes[kWriteVersionAt] == kRollbackJournal && bytes[kReadVersionAt] == kRollbackJournal;
@@ -72,17 +80,10 @@ bool IsFilledFile(const std::string& path) {
     return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
 }
 
-bool IsOpenOnStore(sqlite3* database, const std::string& schema) {
+bool IsOpenOnStore(sqlite3* database) {
     sqlite3_file* file = nullptr;
-    const int code = sqlite3_file_control(database, schema.c_str(), SQLITE_FCNTL_FILE_POINTER, &file);
+    const int code = sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
     return code == SQLITE_OK && file != nullptr && file->pMethods != nullptr && Judge(*file) == StoreFileKind::Store;
-}
-
-std::uint32_t ChangeCounterOf(sqlite3_file& file) {
-    HeaderBytes bytes{};
-    if (!ReadAt(file, bytes, 0))
-        throw SqlFailure{SQLITE_NOTADB};
-    return BigEndian(bytes, kChangeCounterAt);
 }
 
 StoreFileKind Examine(const std::string& path, Waiter& waiter) {
@@ -93,7 +94,7 @@ StoreFileKind Examine(const std::string& path, Waiter& waiter) {
         return StoreFileKind::Foreign;
     if (status.st_size == 0)
         return StoreFileKind::Empty;
-    RawFile file(path, RawFile::Mode::Read);
+    RawFile file(path);
     if (const auto kind = Judge(file.Get()); kind == StoreFileKind::Store)
         return kind;
     file.LockShared(waiter); // what a writer leaves half done for a moment is not to be judged

@@ -1,11 +1,9 @@
 #pragma once
 
 #include "Qbase/LockRegistryInternal.h"
-#include "Qbase/RawFileInternal.h"
 #include "Qbase/SqlInternal.h"
 #include "Qbase/WaiterInternal.h"
 
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -40,20 +38,13 @@ std::optional<FileIdentity> IdentityOf(const std::string& path);
 bool IsFilledFile(const std::string& path);
 
 /// What `Examine` calls a store at first sight, looked at through a connection that has not been used yet.
-bool IsOpenOnStore(sqlite3* database, const std::string& schema);
-
-/// What SQLite raises by one with each commit that changes the file.
-std::uint32_t ChangeCounterOf(sqlite3_file& file);
+bool IsOpenOnStore(sqlite3* database);
 
 /// Looks at the file, and waits while another process writes it. Throws `SqlFailure` when it cannot be read.
 StoreFileKind Examine(const std::string& path, Waiter& waiter);
 
 /// Copies what a connection sees of one of its files over the file at `target`, which comes into being if it must.
 void CopyFile(sqlite3* source, const std::string& schema, const std::string& target);
-
-/// Copies one of the files that a connection holds a lock on as it stands, byte by byte, to `target`, in place of what
-/// is there. Nothing is synced. As long as the copy stays open no other file is taken for it.
-std::unique_ptr<RawFile> CopyImage(sqlite3* source, const std::string& schema, const std::string& target);
 
 /// Copies the store at `source` under a read lock; false when it is none or a file cannot be had.
 bool CopyStore(const std::string& source, const std::string& target);

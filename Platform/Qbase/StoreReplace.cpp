@@ -8,7 +8,6 @@ namespace qbase {
 namespace {
 
 constexpr std::string_view kNumberColumn = "seq";
-constexpr const char* kSchemaCounter = "schema_version"; // another one whenever tables or indexes changed
 
 /// Name and SQL of each table or index of a file. What SQLite makes by itself has no SQL.
 using Elements = std::map<std::string, std::string>;
@@ -122,88 +121,11 @@ void ReplaceRows(Connection& connection, const std::string& target, const std::s
                            " AS s WHERE NOT EXISTS(SELECT 1 FROM " + to + " AS t WHERE " + left + ")");
 }
 
-/// True for a table as the library makes it: SQLite knows each row by its number, and nothing is computed.
-bool IsRecordTable(const std::string& name, const std::string& sql) {
-    const std::string begin = "CREATE TABLE " + QuotedAnyName(name) + "(seq INTEGER PRIMARY KEY,";
-    return sql.starts_with(begin) && sql.find_first_of("()", begin.size()) == sql.size() - 1;
-}
-
-bool IsSameValue(const Statement& a, const Statement& b, int column) {
-    const int type = a.ColumnType(column);
-    if (b.ColumnType(column) != type)
-        return false;
-    switch (type) {
-    case SQLITE_NULL:
-        return true;
-    case SQLITE_INTEGER:
-        return a.Integer(column) == b.Integer(column);
-    case SQLITE_FLOAT:
-        return a.Real(column) == b.Real(column);
-    default:
-        return a.Bytes(column) == b.Bytes(column);
-    }
-}
-
-bool IsSameRow(const Statement& a, const Statement& b) {
-    for (int column = 0; column < a.ColumnCount(); ++column) {
-        if (!IsSameValue(a, b, column))
-            return false;
-    }
-    return true;
-}
-
-using Numbers = std::vector<sqlite3_int64>;
-
-void RunForEach(Connection& connection, const std::string& sql, const Numbers& numbers) {
-    if (numbers.empty())
-        return;
-    Statement statement(connection.Get(), sql);
-    for (const auto number : numbers) {
-        statement.Bind(1, number);
-        statement.Run();
-    }
-}
-
-/// As `ReplaceRows`, for the rows of these numbers in a table of records that has the same columns in both files.
-void ReplaceNumbered(Connection& connection, const std::string& to, const std::string& from,
-                     const std::set<std::int64_t>& numbers) {
-    const std::string ofNumber = " WHERE seq=?";
-    Statement before(connection.Get(), "SELECT * FROM " + to + ofNumber);
-    Statement after(connection.Get(), "SELECT * FROM " + from + ofNumber);
-    Numbers gone;
-    Numbers come;
-    for (const sqlite3_int64 number : numbers) {
-        const ResetGuard resetBefore(before);
-        const ResetGuard resetAfter(after);
-        before.Bind(1, number);
-        after.Bind(1, number);
-        const bool was = before.Step();
-        const bool is = after.Step();
-        if (was && is && IsSameRow(before, after))
-            continue;
-        if (was)
-            gone.push_back(number);
-        if (is)
-            come.push_back(number);
-    }
-    RunForEach(connection, "DELETE FROM " + to + ofNumber, gone);
-    RunForEach(connection, "INSERT INTO " + to + " SELECT * FROM " + from + ofNumber, come);
-}
-
-sqlite3_int64 MarkOf(Connection& connection, const std::string& schema, const std::string& field) {
-    return connection.Query("PRAGMA " + Quoted(schema) + "." + field);
-}
-
 void ReplaceMark(Connection& connection, const std::string& target, const std::string& source,
                  const std::string& field) {
-    const auto value = MarkOf(connection, source, field);
-    if (MarkOf(connection, target, field) != value)
+    const auto value = connection.Query("PRAGMA " + Quoted(source) + "." + field);
+    if (connection.Query("PRAGMA " + Quoted(target) + "." + field) != value)
         connection.Execute("PRAGMA " + Quoted(target) + "." + field + "=" + std::to_string(value));
-}
-
-void ReplaceMarks(Connection& connection, const std::string& target, const std::string& source) {
-    ReplaceMark(connection, target, source, "application_id");
-    ReplaceMark(connection, target, source, "user_version");
 }
 
 } // namespace
@@ -217,23 +139,8 @@ void ReplaceContent(Connection& connection, const std::string& target, const std
     for (const auto& [name, sql] : tables)
         ReplaceRows(connection, target, source, name);
     CreateMissing(connection, target, "index", indexes);
-    ReplaceMarks(connection, target, source);
-}
-
-void ReplaceChanged(Connection& connection, const std::string& target, const std::string& source,
-                    const CopyRecord::Rows& changed) {
-    if (MarkOf(connection, target, kSchemaCounter) != MarkOf(connection, source, kSchemaCounter))
-        return ReplaceContent(connection, target, source);
-    for (const auto& [name, sql] : ElementsOf(connection, source, "table")) {
-        const auto rows = changed.find(name);
-        if (rows == changed.end())
-            continue;
-        if (IsRecordTable(name, sql))
-            ReplaceNumbered(connection, FullName(target, name), FullName(source, name), rows->second);
-        else
-            ReplaceRows(connection, target, source, name);
-    }
-    ReplaceMarks(connection, target, source);
+    ReplaceMark(connection, target, source, "application_id");
+    ReplaceMark(connection, target, source, "user_version");
 }
 
 } // namespace qbase

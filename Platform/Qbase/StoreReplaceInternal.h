@@ -10,9 +10,4 @@ namespace qbase {
 /// Both are named as SQL knows them. Needs the update lock on `target`.
 void ReplaceContent(Connection& connection, const std::string& target, const std::string& source);
 
-/// The same for files that are equal but for these rows; the others are not looked at. Where tables or indexes differ
-/// it is left to `ReplaceContent`.
-void ReplaceChanged(Connection& connection, const std::string& target, const std::string& source,
-                    const CopyRecord::Rows& changed);
-
 } // namespace qbase

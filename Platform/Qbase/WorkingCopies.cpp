@@ -1,8 +1,6 @@
 #include "Qbase/ConnectionInternal.h"
-#include "Qbase/CopyRecordInternal.h"
 #include "Qbase/HiddenInternal.h"
 #include "Qbase/Qbase.h"
-#include "Qbase/RawFileInternal.h"
 #include "Qbase/SchemaInternal.h"
 #include "Qbase/StoreFileInternal.h"
 #include "Qbase/StoreReplaceInternal.h"
@@ -14,10 +12,8 @@
 #include <optional>
 
 using qbase::Connection;
-using qbase::CopyRecord;
 using qbase::LockKind;
 using qbase::LockRegistry;
-using qbase::RawFile;
 using qbase::SqlFailure;
 using qbase::StoreFileKind;
 
@@ -83,9 +79,7 @@ private:
         Paths paths;
         Connection::File* file = nullptr; ///< of the connection
         sqlite3_int64 version = 0;        ///< of its content when it was copied
-        std::unique_ptr<RawFile> copy;    ///< open, so that no other file is taken for it
-        qbase::FileIdentity copyIdentity;
-        std::shared_ptr<CopyRecord> record; ///< of what was changed in the copy
+        std::unique_ptr<Connection> copy; ///< without a lock: as long as it is open, no other file is taken for this
     };
 
     void LetGo() noexcept;
@@ -104,7 +98,8 @@ private:
 void CQbaseWorkingCopies::Impl::LetGo() noexcept {
     m_connection.reset();
     ForgetCopies();
-    m_stores = {};
+    for (auto& store : m_stores)
+        store.copy.reset();
 }
 
 QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second) {
@@ -117,8 +112,8 @@ QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second
                                       {qbase::WholePath(second.store), qbase::WholePath(second.copy)}}};
     if (!AreDifferent(paths))
         return QbaseError::BadArgument;
-    for (std::size_t i = 0; i < m_stores.size(); ++i)
-        m_stores[i].paths = paths[i];
+    m_stores[0] = Store{paths[0], nullptr, 0, nullptr};
+    m_stores[1] = Store{paths[1], nullptr, 0, nullptr};
     if (AnyHeldByThisThread())
         return QbaseError::Locked;
     if (AreStores() && OpenBoth())
@@ -150,8 +145,7 @@ bool CQbaseWorkingCopies::Impl::OpenBoth() {
         m_stores[1].file = &m_connection->Attach(m_stores[1].paths.store, false);
         m_connection->Begin(LockKind::Read);
         for (const auto& store : m_stores) {
-            if (qbase::CheckMark(*m_connection, store.file->schema) != QbaseError::None ||
-                !qbase::IsOpenOnStore(m_connection->Get(), store.file->schema))
+            if (qbase::CheckMark(*m_connection, store.file->schema) != QbaseError::None)
                 return false;
         }
         return true;
@@ -165,12 +159,11 @@ bool CQbaseWorkingCopies::Impl::OpenBoth() {
 QbaseError CQbaseWorkingCopies::Impl::CopyBoth() {
     if (m_connection->AnyMoved())
         return QbaseError::NotFound;
+    qbase::WorkingCopyRegistry::Add(this, {m_stores[0].paths.copy, m_stores[1].paths.copy});
     for (auto& store : m_stores) {
-        store.copy = qbase::CopyImage(m_connection->Get(), store.file->schema, store.paths.copy);
-        store.copyIdentity = qbase::IdentityOf(store.paths.copy).value_or(qbase::FileIdentity{});
-        store.record = std::make_shared<CopyRecord>(qbase::ChangeCounterOf(store.copy->Get()));
+        qbase::CopyFile(m_connection->Get(), store.file->schema, store.paths.copy);
+        store.copy = std::make_unique<Connection>(store.paths.copy, false);
         store.version = qbase::DataVersion(*m_connection, store.file->schema);
-        qbase::WorkingCopyRegistry::Add(this, store.paths.copy, store.record);
     }
     m_connection->Rollback();
     return QbaseError::None;
@@ -212,15 +205,11 @@ QbaseError CQbaseWorkingCopies::Impl::Replace(const Store& store) {
     if (LockRegistry::WouldWaitForItself(*identity, LockKind::Update, &*m_connection))
         return QbaseError::Locked;
     const Connection::File& copy = m_connection->Attach(store.paths.copy, false);
-    if (copy.identity != store.copyIdentity)
+    if (!store.copy->Uses(copy.identity))
         return QbaseError::Changed; // somebody else's, who works on the same stores
     if (const auto error = qbase::CheckMark(*m_connection, copy.schema); error != QbaseError::None)
         return error;
-    const auto counter = qbase::ChangeCounterOf(qbase::FileOf(m_connection->Get(), copy.schema));
-    if (const auto rows = store.record->RowsAt(counter))
-        qbase::ReplaceChanged(*m_connection, store.file->schema, copy.schema, *rows);
-    else
-        qbase::ReplaceContent(*m_connection, store.file->schema, copy.schema);
+    qbase::ReplaceContent(*m_connection, store.file->schema, copy.schema);
     return QbaseError::None;
 }
 
