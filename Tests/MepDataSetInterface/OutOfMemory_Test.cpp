@@ -9,11 +9,13 @@ namespace {
 
 /// Allocations of this thread until one fails; negative when none does.
 thread_local int t_untilFailure = -1;
-/// The size of which no memory is to be had in this thread; 0 when there is no such size.
+/// The same for allocations of one size.
+thread_local int t_untilMissing = -1;
 thread_local std::size_t t_missingSize = 0;
 
 bool FailsNow(std::size_t size) {
-    return (t_missingSize != 0 && size == t_missingSize) || (t_untilFailure >= 0 && t_untilFailure-- == 0);
+    return (size == t_missingSize && t_untilMissing >= 0 && t_untilMissing-- == 0) ||
+           (t_untilFailure >= 0 && t_untilFailure-- == 0);
 }
 
 } // namespace
@@ -93,13 +95,21 @@ TEST(OutOfMemory, ATableOrRecordThatCannotBeMadeIsAnEmptyOwner) {
 
 class MethodsOutOfMemory : public StoreFixture {
 protected:
-    /// Reads while there is no memory for a record of this type.
+    /// Reads again and again while one allocation of the size of this record fails, each in its turn: others may be
+    /// of that size. True when none of them failed and yet nothing was read, or something was read all the same.
     template <class Record, class Read> bool ReadWithout(const Read& read) {
-        std::vector<Record> list;
         t_missingSize = sizeof(Record);
-        const bool found = read(list);
-        t_missingSize = 0;
-        return found || !list.empty();
+        for (int number = 0;; ++number) {
+            std::vector<Record> list;
+            t_untilMissing = number;
+            const bool found = read(list);
+            const bool wasMissing = t_untilMissing < 0;
+            t_untilMissing = -1;
+            if (!wasMissing)
+                return !found || list.size() != 1;
+            if (found || !list.empty())
+                return true;
+        }
     }
 };
 

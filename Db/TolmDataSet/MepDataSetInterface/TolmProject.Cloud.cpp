@@ -104,7 +104,9 @@ bool TolmDataset::MergeDataAndSendModifiedData(wstring projectId, vorn::IProgres
             SyncDataFromCloud(false, nullptr, nullptr);
             headerVersion = HeaderVersion();
         }
-        if (!store.MergeCloudAndLocalDataset(projectId, reporter, cloudVersion, localVersion, m_datasetFilePath,
+        const bool isReadable = headerVersion > 0 || localVersion <= 0; // or nobody could tell whether it still stands
+        if (!isReadable ||
+            !store.MergeCloudAndLocalDataset(projectId, reporter, cloudVersion, localVersion, m_datasetFilePath,
                                              DataSetFilePath::TOLMDDQFilePath, m_combinedProductFilePath,
                                              m_binaryFileFolder, &pendingUpload)) {
             VORN_DEBUG_WARN(L"mergeSucc 失败");
