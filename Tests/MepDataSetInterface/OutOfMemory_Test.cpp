@@ -102,7 +102,11 @@ protected:
         for (int number = 0;; ++number) {
             std::vector<Record> list;
             t_untilMissing = number;
-            const bool found = read(list);
+            bool found = false;
+            try {
+                found = read(list);
+            } catch (const std::bad_alloc&) { // it was an allocation of the store's
+            }
             const bool wasMissing = t_untilMissing < 0;
             t_untilMissing = -1;
             if (!wasMissing)
