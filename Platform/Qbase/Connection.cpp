@@ -90,7 +90,7 @@ void Connection::Configure(const std::string& path) {
 Connection::File& Connection::AddFile(const std::string& schema, const std::string& path) {
     Statement look(Get(), "SELECT 1 FROM " + Quoted(schema) + ".sqlite_schema");
     const auto identity = IdentityOf(path);
-    if (!identity)
+    if (!identity || !WorkingCopyRegistry::Admits(path, *identity))
         throw SqlFailure{SQLITE_CANTOPEN};
     return m_files.emplace_back(File{schema, path, *identity, std::move(look), false});
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -23,6 +24,7 @@ struct Registry {
 struct WorkingCopy {
     std::string path;
     const void* owner;
+    std::optional<FileIdentity> file; ///< once it has been made
 };
 
 struct WorkingCopies {
@@ -80,7 +82,7 @@ void WorkingCopyRegistry::Add(const void* owner, const std::vector<std::string>&
     Remove(owner);
     const std::lock_guard lock(TheCopies().mutex);
     for (const auto& path : paths)
-        TheCopies().copies.push_back({path, owner});
+        TheCopies().copies.push_back({path, owner, std::nullopt});
 }
 
 void WorkingCopyRegistry::Remove(const void* owner) noexcept {
@@ -91,6 +93,27 @@ void WorkingCopyRegistry::Remove(const void* owner) noexcept {
 bool WorkingCopyRegistry::Has(const std::string& path) {
     const std::lock_guard lock(TheCopies().mutex);
     return std::ranges::any_of(TheCopies().copies, [&](const WorkingCopy& copy) { return copy.path == path; });
+}
+
+void WorkingCopyRegistry::Fix(const void* owner, const std::string& path, const FileIdentity& file) {
+    const std::lock_guard lock(TheCopies().mutex);
+    for (auto& copy : TheCopies().copies) {
+        if (copy.owner == owner && copy.path == path)
+            copy.file = file;
+    }
+}
+
+bool WorkingCopyRegistry::Admits(const std::string& path, const FileIdentity& file) {
+    const std::lock_guard lock(TheCopies().mutex);
+    bool isCopy = false;
+    for (const auto& copy : TheCopies().copies) {
+        if (copy.path != path)
+            continue;
+        if (!copy.file || copy.file == file)
+            return true;
+        isCopy = true;
+    }
+    return !isCopy;
 }
 
 } // namespace qbase

@@ -39,6 +39,10 @@ public:
     static void Add(const void* owner, const std::vector<std::string>& paths);
     static void Remove(const void* owner) noexcept;
     static bool Has(const std::string& path);
+    /// Notes which file the owner's copy at the path is, once it has been made.
+    static void Fix(const void* owner, const std::string& path, const FileIdentity& file);
+    /// False for a file that took the place of a copy: another process works on the same stores.
+    static bool Admits(const std::string& path, const FileIdentity& file);
 };
 
 } // namespace qbase

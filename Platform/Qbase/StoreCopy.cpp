@@ -2,6 +2,11 @@
 #include "Qbase/SchemaInternal.h"
 #include "Qbase/StoreFileInternal.h"
 
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace qbase {
 namespace {
 
@@ -34,6 +39,19 @@ bool DeleteFiles(const std::string& path) {
     return DeleteFile(path, true) && DeleteFile(path + "-journal", true);
 }
 
+/// The new and empty file; another process's work ends it here, before anything of that is touched.
+FileIdentity MakeFile(const std::string& path) {
+    const int file = ::open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0644);
+    if (file < 0)
+        throw SqlFailure{errno == EEXIST ? SQLITE_BUSY : SQLITE_CANTOPEN};
+    struct stat status {};
+    const bool isKnown = ::fstat(file, &status) == 0;
+    ::close(file);
+    if (!isKnown)
+        throw SqlFailure{SQLITE_IOERR};
+    return {status.st_dev, status.st_ino};
+}
+
 } // namespace
 
 void CopyFile(sqlite3* source, const std::string& schema, const std::string& target) {
@@ -49,6 +67,17 @@ void CopyFile(sqlite3* source, const std::string& schema, const std::string& tar
         connection.emplace(target, true); // what stood there was nothing that could be overwritten page by page
     }
     CopyPages(source, schema, *connection);
+}
+
+std::unique_ptr<Connection> MakeCopy(sqlite3* source, const std::string& schema, const std::string& target) {
+    if (!RemoveFiles(target))
+        throw SqlFailure{SQLITE_BUSY};
+    const auto made = MakeFile(target);
+    auto copy = std::make_unique<Connection>(target, false);
+    if (copy->Main().identity != made)
+        throw SqlFailure{SQLITE_BUSY};
+    CopyPages(source, schema, *copy);
+    return copy;
 }
 
 bool CopyStore(const std::string& source, const std::string& target) {

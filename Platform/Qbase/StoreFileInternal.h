@@ -4,10 +4,13 @@
 #include "Qbase/SqlInternal.h"
 #include "Qbase/WaiterInternal.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 
 namespace qbase {
+
+class Connection;
 
 /// Marks a file as a store ("TOLM"), in the field that SQLite keeps for this.
 constexpr int kApplicationId = 0x544F4C4D;
@@ -45,6 +48,10 @@ StoreFileKind Examine(const std::string& path, Waiter& waiter);
 
 /// Copies what a connection sees of one of its files over the file at `target`, which comes into being if it must.
 void CopyFile(sqlite3* source, const std::string& schema, const std::string& target);
+
+/// The same into a file that nobody else made, in place of what stands at `target`. Returns the copy's connection,
+/// which holds no lock: as long as it stands, no other file is taken for the copy.
+std::unique_ptr<Connection> MakeCopy(sqlite3* source, const std::string& schema, const std::string& target);
 
 /// Copies the store at `source` under a read lock; false when it is none or a file cannot be had.
 bool CopyStore(const std::string& source, const std::string& target);

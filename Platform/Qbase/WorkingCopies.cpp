@@ -161,8 +161,8 @@ QbaseError CQbaseWorkingCopies::Impl::CopyBoth() {
         return QbaseError::NotFound;
     qbase::WorkingCopyRegistry::Add(this, {m_stores[0].paths.copy, m_stores[1].paths.copy});
     for (auto& store : m_stores) {
-        qbase::CopyFile(m_connection->Get(), store.file->schema, store.paths.copy);
-        store.copy = std::make_unique<Connection>(store.paths.copy, false);
+        store.copy = qbase::MakeCopy(m_connection->Get(), store.file->schema, store.paths.copy);
+        qbase::WorkingCopyRegistry::Fix(this, store.paths.copy, store.copy->Main().identity);
         store.version = qbase::DataVersion(*m_connection, store.file->schema);
     }
     m_connection->Rollback();
@@ -202,11 +202,13 @@ QbaseError CQbaseWorkingCopies::Impl::Replace(const Store& store) {
     const auto identity = qbase::IdentityOf(store.paths.copy);
     if (!identity)
         return QbaseError::NotFound;
+    if (!store.copy->Uses(*identity))
+        return QbaseError::Changed; // somebody else's, who works on the same stores
     if (LockRegistry::WouldWaitForItself(*identity, LockKind::Update, &*m_connection))
         return QbaseError::Locked;
     const Connection::File& copy = m_connection->Attach(store.paths.copy, false);
     if (!store.copy->Uses(copy.identity))
-        return QbaseError::Changed; // somebody else's, who works on the same stores
+        return QbaseError::Changed;
     if (const auto error = qbase::CheckMark(*m_connection, copy.schema); error != QbaseError::None)
         return error;
     qbase::ReplaceContent(*m_connection, store.file->schema, copy.schema);

@@ -1,7 +1,9 @@
 #include "StoreFixture.h"
 #include "Support/FailingDisk.h"
 #include "Support/FileSizeLimit.h"
+#include "Vorn/Files.h"
 
+#include <filesystem>
 #include <thread>
 
 namespace qbasetest {
@@ -215,6 +217,21 @@ TEST_F(StoreWorkingCopies, SomebodyElsesCopyIsNotPutBack) {
     ChangeCopies();
     EXPECT_TRUE(others.putBack()) << "the other one goes on";
     EXPECT_EQ(Rows(m_path), kNew);
+}
+
+/// What was meant for a copy must not come into that of another process, which would put it back as its own.
+TEST_F(StoreWorkingCopies, AnotherProcessesCopyInTheSamePlaceDoesNotOpen) {
+    ASSERT_TRUE(Make());
+    const std::wstring theirs = m_folder.File(L"theirs.db");
+    ASSERT_TRUE(CQbase::copyStore(m_path, theirs));
+    std::filesystem::rename(vorn::FileSystem::ToNative(theirs), vorn::FileSystem::ToNative(m_copy));
+    CQbase copy;
+    EXPECT_FALSE(copy.openDatabase(m_definition, m_copy, false));
+    EXPECT_FALSE(m_copies.putBack());
+    EXPECT_EQ(Error(), QbaseError::Changed);
+    CQbaseWorkingCopies others;
+    ASSERT_TRUE(others.make({m_path, m_copy}, {m_second, m_secondCopy})) << "a new copy replaces it";
+    EXPECT_TRUE(copy.openDatabase(m_definition, m_copy, false));
 }
 
 TEST_F(StoreWorkingCopies, ACopyThatIsGoneIsNotPutBack) {
