@@ -35,18 +35,41 @@ protected:
         };
     }
     void Edit(const wstring& id) { EXPECT_TRUE(util.WriteMaterial(path, ddq, Material(id, L"mine").get())); }
+    /// As a refresh or an upload leaves it.
+    void ChangeUnnoted(const wstring& id) {
+        Edit(id);
+        EXPECT_TRUE(CQbase::removeStore(DatasetPaths::Of(path).status));
+    }
 
 private:
     int m_happened = 0;
 };
 
 TEST_F(OvertakenRefresh, BeginsAnew) {
-    OnDownloads(1, [this] { Edit(L"m2"); });
+    OnDownloads(1, [this] { ChangeUnnoted(L"m2"); });
     EXPECT_TRUE(Refresh());
     EXPECT_EQ(DownloadCount(), 2U);
     EXPECT_EQ(Records(tolm::schema::kMaterial), (RecordLines{"m2 mine 1 2", "m1 theirs 1 2"}));
     EXPECT_EQ(LocalVersion(), 3);
     EXPECT_EQ(TakeNotifications(), Loaded);
+}
+
+/// The host found no changes when it compared; it finds them when it compares anew, and merges.
+TEST_F(OvertakenRefresh, DoesNotOverwriteAnEditThatWasNotedMeanwhile) {
+    OnDownloads(1, [this] { Edit(L"m1"); });
+    EXPECT_FALSE(Refresh());
+    EXPECT_EQ(DownloadCount(), 1U);
+    EXPECT_EQ(Records(tolm::schema::kMaterial), RecordLines{"m1 mine 1 2"});
+    EXPECT_EQ(LocalVersion(), 2);
+    EXPECT_EQ(TakeNotifications(), LoadFailed);
+}
+
+TEST_F(OvertakenRefresh, OverwritesEditsThatWereNotedBefore) {
+    Edit(L"m1");
+    OnDownloads(1, [this] { Edit(L"m2"); });
+    EXPECT_TRUE(Refresh());
+    EXPECT_EQ(Records(tolm::schema::kMaterial), (RecordLines{"m1 theirs 1 2", "m2 mine 1 2"}));
+    EXPECT_EQ(LocalVersion(), 3);
 }
 
 TEST_F(OvertakenRefresh, AsksForTheChangesSinceTheVersionThatStandsThen) {
@@ -63,7 +86,7 @@ TEST_F(OvertakenRefresh, FindsThatTheOtherOneDidItsWork) {
 }
 
 TEST_F(OvertakenRefresh, GivesUpWhenTheDatasetKeepsChanging) {
-    OnDownloads(100, [this, number = 0]() mutable { Edit(L"n" + std::to_wstring(++number)); });
+    OnDownloads(100, [this, number = 0]() mutable { ChangeUnnoted(L"n" + std::to_wstring(++number)); });
     EXPECT_FALSE(Refresh());
     EXPECT_EQ(DownloadCount(), 5U);
     EXPECT_EQ(Records(tolm::schema::kMaterial).size(), 5U) << "the edits stand, and nothing else";
@@ -80,7 +103,7 @@ TEST_F(OvertakenRefresh, AReaderOvertakesNothing) {
 /// The store is emptied before the download; whoever loads it meanwhile is not loaded over.
 TEST_F(OvertakenRefresh, OfAWholeProjectBeginsAnewToo) {
     ASSERT_TRUE(util.SetLocalVersion(path, ddq, 0));
-    OnDownloads(1, [this] { Edit(L"m2"); });
+    OnDownloads(1, [this] { ChangeUnnoted(L"m2"); });
     EXPECT_TRUE(Refresh());
     EXPECT_EQ(DownloadCount(), 2U);
     EXPECT_EQ(LocalVersion(), 3);

@@ -3,6 +3,7 @@
 #include "Host/Session.h"
 #include "MepDatabase/CallSite.h"
 #include "MepDatabase/CloudRefresh.h"
+#include "MepDatabase/DatasetPaths.h"
 #include "MepDatabase/FileHeader.h"
 #include "MepDatabase/MepProjectSettingHttpUtility.h"
 #include "MepDatabase/StoreFrame.h"
@@ -30,6 +31,32 @@ bool Fail(const wchar_t* text) {
     Notify(vorn::NotificationTypes::Failure, text);
     return false;
 }
+
+/// Whether changes were noted since the beginning. The host does not know of them, and a refresh would overwrite them.
+class NotedChanges {
+public:
+    NotedChanges(const CallSite& site, const wstring& datasetPath, const wstring& definitionPath)
+        : m_site(site), m_statusPath(DatasetPaths::Of(datasetPath).status), m_definitionPath(definitionPath),
+          m_stoodThen(MayStand()) {}
+
+    bool HaveCome() const { return !m_stoodThen && MayStand(); }
+
+private:
+    /// True also where that cannot be told.
+    bool MayStand() const {
+        if (!vorn::FileInfo(m_statusPath).Exists())
+            return false;
+        StoreFrame status(m_site);
+        long count = 0;
+        return !status.Open(m_statusPath, m_definitionPath, StoreAccess::Read) || !status->getNmbOfRecs(count) ||
+               count > 0;
+    }
+
+    const CallSite& m_site;
+    wstring m_statusPath;
+    const wstring& m_definitionPath;
+    bool m_stoodThen;
+};
 
 /// Asks for the cloud's version. A version below `lowest` is no answer: the user hears of it.
 bool QueryVersion(const wstring& projectId, int lowest, int& version) {
@@ -145,7 +172,8 @@ bool StampAndClose(const CallSite& site, StoreFrame& store, int version, bool wr
 
 } // namespace
 
-/// Somebody else may change the store during the download: what was downloaded does not lead on from there.
+/// Somebody else may change the store during the download: what was downloaded does not lead on from there. Where that
+/// was an edit, the host compares anew and merges.
 bool MepQbaseUtil::SyncDataFromCloud(bool writeTimePoint, vorn::IProgressReporter* progress, wstring datasetFilePath,
                                      wstring templateFilePath, wstring combinedProductFilePath,
                                      wstring binaryFileFolder, RecoverDataInfo* recoverInfo) {
@@ -155,7 +183,8 @@ bool MepQbaseUtil::SyncDataFromCloud(bool writeTimePoint, vorn::IProgressReporte
     }
     const CallSite site = TOLM_CALL_SITE;
     const RefreshPlace place{datasetFilePath, templateFilePath, combinedProductFilePath, binaryFileFolder};
-    for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+    const NotedChanges changes(site, place.dataset, place.definition);
+    for (int attempt = 0; attempt < kMostAttempts && !changes.HaveCome(); ++attempt) {
         const auto done = RefreshOnce(site, place, writeTimePoint, progress, recoverInfo);
         if (done.has_value())
             return *done;
@@ -169,6 +198,7 @@ std::optional<bool> MepQbaseUtil::RefreshOnce(const CallSite& site, const Refres
     const auto& settings = *CollaborationProjectSettingForPS::Instance();
     const wstring projectId = settings.GetWorkingProjectId();
     const wstring workunitId = settings.GetWorkingDatasetId();
+    const NotedChanges changes(site, place.dataset, place.definition);
     int cloudVersion = 0;
     if (!QueryVersion(projectId, 0, cloudVersion))
         return false;
@@ -176,7 +206,13 @@ std::optional<bool> MepQbaseUtil::RefreshOnce(const CallSite& site, const Refres
     StoreFrame store(site);
     LocalDataset local(store, place.definition, place.dataset);
     web::json::value root;
-    if (!store.IsMade() || !local.Open(cloudVersion) || !Download(projectId, local.Base().version, store, root))
+    if (!store.IsMade() || !local.Open(cloudVersion))
+        return false;
+    if (changes.HaveCome()) {
+        store->closeDatabase();
+        return Fail(L"载入失败了！");
+    }
+    if (!Download(projectId, local.Base().version, store, root))
         return false;
     CloudRefresh refresh(site, store.get(), progress, {place.definition, place.combinedProducts, place.binaryFolder},
                          recoverInfo);
