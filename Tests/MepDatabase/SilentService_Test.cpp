@@ -49,10 +49,12 @@ TEST(DeafService, DISABLED_IsGivenUp) {
     EXPECT_EQ(TakeNotifications().size(), 1U);
 }
 
+/// The process ends right behind its call, while threads of the HTTP library are still letting go of what they had for
+/// it: to look for leaks there would find that.
 std::unique_ptr<ChildProcess> RunOf(const std::string& test) {
-    return std::make_unique<ChildProcess>(
-        std::vector<std::string>{std::filesystem::read_symlink("/proc/self/exe").string(), "--gtest_filter=" + test,
-                                 "--gtest_also_run_disabled_tests"});
+    return std::make_unique<ChildProcess>(std::vector<std::string>{
+        "/usr/bin/env", "ASAN_OPTIONS=detect_leaks=0", std::filesystem::read_symlink("/proc/self/exe").string(),
+        "--gtest_filter=" + test, "--gtest_also_run_disabled_tests"});
 }
 
 /// Exit code of a test that ran; -1 where there is no test of that name.
