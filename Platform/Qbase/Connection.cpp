@@ -90,8 +90,10 @@ void Connection::Configure(const std::string& path) {
 Connection::File& Connection::AddFile(const std::string& schema, const std::string& path) {
     Statement look(Get(), "SELECT 1 FROM " + Quoted(schema) + ".sqlite_schema");
     const auto identity = IdentityOf(path);
-    if (!identity || !WorkingCopyRegistry::Admits(path, *identity))
+    if (!identity)
         throw SqlFailure{SQLITE_CANTOPEN};
+    if (!WorkingCopyRegistry::Admits(path, *identity))
+        throw SqlFailure{SQLITE_BUSY}; // neither to be worked on here nor to be removed
     return m_files.emplace_back(File{schema, path, *identity, std::move(look), false});
 }
 

@@ -86,6 +86,7 @@ private:
     bool AnyHeldByThisThread() const;
     bool AreStores();
     bool OpenBoth();
+    QbaseError CopyAsTheyAre(const std::array<Pair, 2>& pairs, const std::array<Paths, 2>& paths);
     QbaseError CopyBoth();
     bool HaveChanged();
     QbaseError Replace(const Store& store);
@@ -119,7 +120,20 @@ QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second
     if (AreStores() && OpenBoth())
         return CopyBoth();
     LetGo();
-    return CopyAnyway(first) && CopyAnyway(second) ? QbaseError::None : QbaseError::Disk;
+    return CopyAsTheyAre({first, second}, paths);
+}
+
+/// Nothing will be put back; all the same no other file is to be taken for one of the copies.
+QbaseError CQbaseWorkingCopies::Impl::CopyAsTheyAre(const std::array<Pair, 2>& pairs,
+                                                    const std::array<Paths, 2>& paths) {
+    qbase::WorkingCopyRegistry::Add(this, {paths[0].copy, paths[1].copy});
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        const auto copy = CopyAnyway(pairs[i]) ? qbase::IdentityOf(paths[i].copy) : std::nullopt;
+        if (!copy)
+            return QbaseError::Disk;
+        qbase::WorkingCopyRegistry::Fix(this, paths[i].copy, *copy);
+    }
+    return QbaseError::None;
 }
 
 bool CQbaseWorkingCopies::Impl::AnyHeldByThisThread() const {
