@@ -80,6 +80,7 @@ private:
         Connection::File* file = nullptr; ///< of the connection
         sqlite3_int64 version = 0;        ///< of its content when it was copied
         std::unique_ptr<Connection> copy; ///< without a lock: as long as it is open, no other file is taken for this
+        std::shared_ptr<qbase::CopyRecord> record; ///< of what was changed in the copy
     };
 
     void LetGo() noexcept;
@@ -99,8 +100,7 @@ private:
 void CQbaseWorkingCopies::Impl::LetGo() noexcept {
     m_connection.reset();
     ForgetCopies();
-    for (auto& store : m_stores)
-        store.copy.reset();
+    m_stores = {};
 }
 
 QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second) {
@@ -113,8 +113,8 @@ QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second
                                       {qbase::WholePath(second.store), qbase::WholePath(second.copy)}}};
     if (!AreDifferent(paths))
         return QbaseError::BadArgument;
-    m_stores[0] = Store{paths[0], nullptr, 0, nullptr};
-    m_stores[1] = Store{paths[1], nullptr, 0, nullptr};
+    for (std::size_t i = 0; i < m_stores.size(); ++i)
+        m_stores[i].paths = paths[i];
     if (AnyHeldByThisThread())
         return QbaseError::Locked;
     if (AreStores() && OpenBoth())
@@ -131,7 +131,7 @@ QbaseError CQbaseWorkingCopies::Impl::CopyAsTheyAre(const std::array<Pair, 2>& p
         const auto copy = CopyAnyway(pairs[i]) ? qbase::IdentityOf(paths[i].copy) : std::nullopt;
         if (!copy)
             return QbaseError::Disk;
-        qbase::WorkingCopyRegistry::Fix(this, paths[i].copy, *copy);
+        qbase::WorkingCopyRegistry::Fix(this, paths[i].copy, *copy, nullptr);
     }
     return QbaseError::None;
 }
@@ -176,7 +176,8 @@ QbaseError CQbaseWorkingCopies::Impl::CopyBoth() {
     qbase::WorkingCopyRegistry::Add(this, {m_stores[0].paths.copy, m_stores[1].paths.copy});
     for (auto& store : m_stores) {
         store.copy = qbase::MakeCopy(m_connection->Get(), store.file->schema, store.paths.copy);
-        qbase::WorkingCopyRegistry::Fix(this, store.paths.copy, store.copy->Main().identity);
+        store.record = std::make_shared<qbase::CopyRecord>();
+        qbase::WorkingCopyRegistry::Fix(this, store.paths.copy, store.copy->Main().identity, store.record);
         store.version = qbase::DataVersion(*m_connection, store.file->schema);
     }
     m_connection->Rollback();
@@ -225,7 +226,11 @@ QbaseError CQbaseWorkingCopies::Impl::Replace(const Store& store) {
         return QbaseError::Changed;
     if (const auto error = qbase::CheckMark(*m_connection, copy.schema); error != QbaseError::None)
         return error;
-    qbase::ReplaceContent(*m_connection, store.file->schema, copy.schema);
+    const auto counter = qbase::ChangeCounterOf(m_connection->Get(), copy.schema);
+    if (const auto changed = store.record->RowsAt(counter))
+        qbase::ReplaceChanged(*m_connection, store.file->schema, copy.schema, *changed);
+    else
+        qbase::ReplaceContent(*m_connection, store.file->schema, copy.schema);
     return QbaseError::None;
 }
 
