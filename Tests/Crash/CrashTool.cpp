@@ -5,6 +5,7 @@
 
 #include "Support/FaultyFiles.h"
 #include "Tolm/Commands.h"
+#include "Tolm/Errors.h"
 #include "Vorn/Text.h"
 
 #include <iostream>

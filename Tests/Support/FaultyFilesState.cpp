@@ -8,7 +8,7 @@
 namespace tolmtest {
 
 bool FaultyFiles::State::Watches(const char* path) const {
-    return path != nullptr && std::strncmp(path, m_folder.c_str(), m_folder.size()) == 0;
+    return !m_isOut && path != nullptr && std::strncmp(path, m_folder.c_str(), m_folder.size()) == 0;
 }
 
 void FaultyFiles::State::Reset() {
@@ -52,6 +52,7 @@ void FaultyFiles::State::CutPowerAt(long number, Unsynced unsynced, std::uint64_
 }
 
 void FaultyFiles::State::CutPower() {
+    m_isOut = true; // what the loss does to files is nobody's call
     if (m_kept != Unsynced::Kept)
         m_unsynced.Lose(m_kept == Unsynced::Torn, m_seed);
     std::raise(SIGKILL);

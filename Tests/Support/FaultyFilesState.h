@@ -70,6 +70,7 @@ private:
     long m_cutAt = 0;
     Unsynced m_kept = Unsynced::Kept;
     std::uint64_t m_seed = 0;
+    bool m_isOut = false; ///< the power
     bool m_hasFailed = false;
     std::string m_failedPath;
     std::string m_failedCall;
