@@ -174,7 +174,7 @@ wstring BinaryFileFolder::PathOf(const wstring& name) const {
 
 /// Once for all files: each of them is on disk, and now which files there are.
 BinaryFileFolder::~BinaryFileFolder() {
-    if (m_isFilled)
+    if (m_isChanged)
         vorn::FileUtility::FlushFolder(m_folder);
 }
 
@@ -183,12 +183,13 @@ void BinaryFileFolder::Write(const wstring& name, const std::string& bytes) {
     if (!vorn::FileSystem::CreateDirectories(m_folder) ||
         !vorn::FileUtility::SaveOneOfMany(path, bytes.data(), bytes.size()))
         throw std::runtime_error("The file cannot be written: " + Told(name));
-    m_isFilled = true;
+    m_isChanged = true;
 }
 
-void BinaryFileFolder::Remove(const wstring& name) const {
+void BinaryFileFolder::Remove(const wstring& name) {
     if (!vorn::FileSystem::RemoveFile(PathOf(name)))
         throw std::runtime_error("The file cannot be removed: " + Told(name));
+    m_isChanged = true;
 }
 
 } // namespace tolm

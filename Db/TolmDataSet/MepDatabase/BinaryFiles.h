@@ -19,7 +19,7 @@ public:
     /// `combinedProductFilePath` is a database that the cloud must never touch; the host's open dataset with its
     /// companions and the definition file are others, and so is every store.
     BinaryFileFolder(const wstring& folder, const wstring& combinedProductFilePath);
-    /// Everything that was written is on disk afterwards.
+    /// What was written is on disk afterwards, and what was removed gone from it.
     ~BinaryFileFolder();
     BinaryFileFolder(const BinaryFileFolder&) = delete;
     BinaryFileFolder& operator=(const BinaryFileFolder&) = delete;
@@ -28,7 +28,7 @@ public:
     /// content cannot be written.
     void Write(const wstring& name, const std::string& bytes);
     /// Removes the file if it is there. Throws std::runtime_error when the name is refused or the file stays.
-    void Remove(const wstring& name) const;
+    void Remove(const wstring& name);
 
 private:
     /// Path of the file of this name; throws when it is not the cloud's to change.
@@ -38,7 +38,7 @@ private:
 
     wstring m_folder;
     std::vector<wstring> m_hostFiles;
-    bool m_isFilled = false; ///< a file was written
+    bool m_isChanged = false; ///< a file was written or removed
 };
 
 } // namespace tolm

@@ -13,6 +13,7 @@
 #include <cpprest/http_msg.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <stdexcept>
@@ -37,14 +38,23 @@ std::string HeaderValue(const wstring& value) {
     return text;
 }
 
+constexpr std::int64_t kLibrarysOwn = -1;
+std::atomic<std::int64_t> g_libraryTimeOut = kLibrarysOwn; // microseconds
+
+/// In microseconds; `kLibrarysOwn` where nothing is to be set.
+std::int64_t TimeOutOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint) {
+    return endpoint.timeOut == CloudEndpoint::TimeOut::Configured ? std::int64_t{client.GetRequestTimeOut()}
+                                                                  : g_libraryTimeOut.load();
+}
+
 http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint,
                             const web::uri& address) {
     http_client_config config;
     config.set_max_redirects(0);
     if (address.scheme() == "https")
         SetTrust(config, address.host());
-    if (endpoint.timeOut == CloudEndpoint::TimeOut::Configured)
-        config.set_timeout(std::chrono::microseconds(std::int64_t{client.GetRequestTimeOut()}));
+    if (const auto timeOut = TimeOutOf(client, endpoint); timeOut != kLibrarysOwn)
+        config.set_timeout(std::chrono::microseconds(timeOut));
     return config;
 }
 
@@ -134,6 +144,10 @@ CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) 
 }
 
 } // namespace
+
+void SetLibraryTimeOut(std::optional<std::chrono::microseconds> timeOut) {
+    g_libraryTimeOut = timeOut ? timeOut->count() : kLibrarysOwn;
+}
 
 wstring CloudEndpoint::PathOf(std::initializer_list<std::wstring_view> identifiers) const {
     wstring whole = path;

@@ -205,7 +205,7 @@ bool MepQbaseUtil::DeleteOtherContent(const web::json::object& del, CQbase* qb, 
         for (const auto& [code, ids] : idsByCode)
             RemoveCombinedProducts(*utils, combinedProductFilePath, code, ids);
     });
-    const BinaryFileFolder folder(binaryFileFolder, combinedProductFilePath);
+    BinaryFileFolder folder(binaryFileFolder, combinedProductFilePath);
     ForEachElement(del, "BinaryTable", TOLM_CALL_SITE, L"删除单文件失败",
                    [&](const object& element) { folder.Remove(jsonread::Text(element, "fileName")); });
     return true;
