@@ -32,6 +32,7 @@ class IProjectSettingSizeModule;
 class IProjectSettingSystemType;
 class ITolmProjectSettingCircuitTemplate;
 class MaterialCache;
+class NotedChanges;
 class StoreFrame;
 struct SharedReads;
 
@@ -286,8 +287,9 @@ private:
         const wstring& binaryFolder;
     };
     /// Faults are reported in the name of `site`.
-    std::optional<bool> RefreshOnce(const CallSite& site, const RefreshPlace& place, bool writeTimePoint,
-                                    vorn::IProgressReporter* progress, RecoverDataInfo* recoverInfo);
+    std::optional<bool> RefreshOnce(const CallSite& site, const RefreshPlace& place, const NotedChanges& changes,
+                                    bool writeTimePoint, vorn::IProgressReporter* progress,
+                                    RecoverDataInfo* recoverInfo);
     UploadOutcome SendPatch(const CallSite& site, bool writeTimePoint, vorn::IProgressReporter* progress,
                             const wstring& datasetFilePath, const wstring& templateFilePath,
                             const wstring& componentFilePath);
