@@ -110,11 +110,14 @@ void RefuseDoubledNames(const web::json::value& body) {
 }
 
 /// What the guard throws ends the request.
-void Guard(const http_client_config& config, http_request& request) {
-    AnswerGuard guard(config.timeout<std::chrono::microseconds>());
+void Guard(const http_client_config& config, const CloudEndpoint& endpoint, http_request& request) {
+    using Clock = AnswerGuard::Clock;
+    AnswerGuard guard(config.timeout<std::chrono::microseconds>(), endpoint.Limits(), Clock::now());
     request.set_progress_handler([guard](web::http::message_direction::direction direction, auto bytes) mutable {
         if (direction == web::http::message_direction::download)
-            guard.Check(bytes, AnswerGuard::Clock::now());
+            guard.Check(bytes, Clock::now());
+        else
+            guard.CheckSent(Clock::now());
     });
 }
 
@@ -124,7 +127,7 @@ CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) 
     Address(client, call, request);
     if (call.body != nullptr)
         SetBody(*call.body, request);
-    Guard(http.client_config(), request);
+    Guard(http.client_config(), call.endpoint, request);
     auto response = http.request(request, pplx::cancellation_token::none()).get();
     CloudAnswer answer;
     answer.body = JsonBody(response);
