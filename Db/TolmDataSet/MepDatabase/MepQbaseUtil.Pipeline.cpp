@@ -247,8 +247,8 @@ std::optional<bool> MepQbaseUtil::RefreshOnce(const CallSite& site, const Refres
     web::json::value root;
     if (!Download(projectId, local.Base().version, store, root))
         return false;
-    CloudRefresh refresh(site, store.get(), progress, {place.definition, place.combinedProducts, place.binaryFolder},
-                         recoverInfo);
+    CloudRefresh refresh(site, store.get(), progress,
+                         {place.definition, place.combinedProducts, place.binaryFolder, place.dataset}, recoverInfo);
     // What did not reach the disk was not recovered: neither the host nor the next upload may count on it.
     const bool recoveredBefore = recoverInfo != nullptr && recoverInfo->recovered;
     const auto forgetRecovered = [&] {
