@@ -178,9 +178,16 @@ CloudOutcome RunCloudCall(TolmProjectSettingHttpUtility& client, const CloudCall
 
 TolmProjectSettingHttpUtility* TolmProjectSettingHttpUtility::GetInstance() {
     static TolmProjectSettingHttpUtility instance;
-    instance.m_userId = TolmUserSessionUtils::GetUserId();
-    instance.m_userToken = TolmUserSessionUtils::GetUserToken();
+    const std::lock_guard lock(instance.m_userMutex);
+    TolmUser user = TolmUserSessionUtils::GetUser();
+    instance.m_userId = std::move(user.id);
+    instance.m_userToken = std::move(user.token);
     return &instance;
+}
+
+wstring TolmProjectSettingHttpUtility::UserId() const {
+    const std::lock_guard lock(m_userMutex);
+    return m_userId;
 }
 
 void TolmProjectSettingHttpUtility::AddRequestHeader(http_request& request, bool withContentType) {
@@ -189,6 +196,7 @@ void TolmProjectSettingHttpUtility::AddRequestHeader(http_request& request, bool
         return;
     }
     auto& headers = request.headers();
+    const std::lock_guard lock(m_userMutex);
     headers.add("x-kfe-userid", HeaderValue(m_userId));
     headers.add("Authorization", HeaderValue(m_userToken));
     if (withContentType)
