@@ -4,6 +4,7 @@
 #include "Support/HostileAnswers.h"
 
 #include <chrono>
+#include <map>
 #include <set>
 
 /// Every call against every hostile answer.
@@ -33,6 +34,13 @@ public:
     ShortLibraryTimeOut(const ShortLibraryTimeOut&) = delete;
     ShortLibraryTimeOut& operator=(const ShortLibraryTimeOut&) = delete;
 };
+
+/// The largest answers of the calls that are not answered with a status alone, in MiB.
+const std::map<std::string, std::size_t> kLargeAnswers{{"GetCloudData", 1024},
+                                                       {"GetCloudSystemChangeData", 64},
+                                                       {"ReadProjectTemplateRowKey", 64},
+                                                       {"ApplyDefaultProjectSettingTemplate", 64}};
+constexpr std::size_t kMostThatIsTried = 64;
 
 class HostileCalls : public testing::TestWithParam<CloudCallRow> {
 protected:
@@ -112,6 +120,19 @@ TEST_P(HostileCalls, TakeNothingForASuccessThatIsNone) {
         if (!hostile.isSlow)
             ExpectTaken(hostile);
     }
+}
+
+/// A call that holds locks meanwhile must not be fed for ever.
+TEST_P(HostileCalls, GiveUpAnAnswerLargerThanTheyMayGet) {
+    const auto large = kLargeAnswers.find(GetParam().name);
+    const std::size_t most = large == kLargeAnswers.end() ? 1 : large->second;
+    if (most > kMostThatIsTried)
+        return;
+    const std::string body = TrueBody();
+    const std::string filled = body + std::string((most << 20) - body.size(), ' ');
+    EXPECT_TRUE(Answered(ScriptedAnswer::Json(filled), 30'000'000).done);
+    EXPECT_FALSE(Answered(ScriptedAnswer::Json(filled + ' '), 30'000'000).done);
+    ExpectFailureTold();
 }
 
 TEST_P(HostileCalls, TakeNoPartOfAnAnswerForTheWhole) {

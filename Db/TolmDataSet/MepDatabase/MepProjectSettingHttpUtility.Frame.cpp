@@ -120,11 +120,14 @@ void RefuseDoubledNames(const web::json::value& body) {
 }
 
 /// What the guard throws ends the request.
-void Guard(const http_client_config& config, http_request& request) {
-    AnswerGuard guard(config.timeout<std::chrono::microseconds>());
+void Guard(const http_client_config& config, const CloudEndpoint& endpoint, http_request& request) {
+    using Clock = AnswerGuard::Clock;
+    AnswerGuard guard(config.timeout<std::chrono::microseconds>(), endpoint.Limits(), Clock::now());
     request.set_progress_handler([guard](web::http::message_direction::direction direction, auto bytes) mutable {
         if (direction == web::http::message_direction::download)
-            guard.Check(bytes, AnswerGuard::Clock::now());
+            guard.Check(bytes, Clock::now());
+        else
+            guard.CheckSent(Clock::now());
     });
 }
 
@@ -134,7 +137,7 @@ CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) 
     Address(client, call, request);
     if (call.body != nullptr)
         SetBody(*call.body, request);
-    Guard(http.client_config(), request);
+    Guard(http.client_config(), call.endpoint, request);
     auto response = http.request(request, pplx::cancellation_token::none()).get();
     CloudAnswer answer;
     answer.body = JsonBody(response);
@@ -189,9 +192,16 @@ CloudOutcome RunCloudCall(TolmProjectSettingHttpUtility& client, const CloudCall
 
 TolmProjectSettingHttpUtility* TolmProjectSettingHttpUtility::GetInstance() {
     static TolmProjectSettingHttpUtility instance;
-    instance.m_userId = TolmUserSessionUtils::GetUserId();
-    instance.m_userToken = TolmUserSessionUtils::GetUserToken();
+    const std::lock_guard lock(instance.m_userMutex);
+    TolmUser user = TolmUserSessionUtils::GetUser();
+    instance.m_userId = std::move(user.id);
+    instance.m_userToken = std::move(user.token);
     return &instance;
+}
+
+wstring TolmProjectSettingHttpUtility::UserId() const {
+    const std::lock_guard lock(m_userMutex);
+    return m_userId;
 }
 
 void TolmProjectSettingHttpUtility::AddRequestHeader(http_request& request, bool withContentType) {
@@ -200,6 +210,7 @@ void TolmProjectSettingHttpUtility::AddRequestHeader(http_request& request, bool
         return;
     }
     auto& headers = request.headers();
+    const std::lock_guard lock(m_userMutex);
     headers.add("x-kfe-userid", HeaderValue(m_userId));
     headers.add("Authorization", HeaderValue(m_userToken));
     if (withContentType)
