@@ -117,7 +117,7 @@ void CQbase::Impl::Load(ClassTable& table, const Statement& row) {
 /// changes what was left, and this handle forgets what it changes itself.
 bool CQbase::Impl::ReturnTo(const ClassTable& table, const std::string& id) {
     const auto found = std::ranges::find_if(
-        m_left, [&](const Record& left) { return left.table == &table && IsAsStored(left) && left.id == id; });
+        m_left, [&](const Record& left) { return left.table == &table && left.id == id && IsAsStored(left); });
     if (found == m_left.end())
         return false;
     std::swap(m_record, *found);
