@@ -24,6 +24,7 @@ struct ProjectOptions {
     std::string file;
     std::string user;
     bool force = false;
+    std::int64_t lost = 1'000'000;
 };
 
 std::string FolderOf(const std::string& file) {
@@ -99,6 +100,14 @@ void OpenToAll(const CommandContext& context, const ProjectOptions& options) {
     Database database(context.database, 1);
     MemberStore(database).OpenToAll(options.id);
     context.streams.out << "project \"" << options.id << "\" is for every user\n";
+}
+
+void SetBack(const CommandContext& context, const ProjectOptions& options) {
+    Database database(context.database, 1);
+    ProjectStore projects(database);
+    for (const auto& project : projects.List())
+        context.streams.out << project.id << '\t' << VersionText(projects.LoseVersions(project.id, options.lost))
+                            << '\n';
 }
 
 void ApplyChange(const CommandContext& context, const ProjectOptions& options) {
@@ -188,6 +197,14 @@ void AddProjectCommands(CLI::App& app, CommandContext& context) {
     auto& apply = AddCommand(change, context, "apply", "Make one version out of a change file", options, ApplyChange);
     AddFileOptions(apply, *options);
     apply.footer("Example:\n  tolm-service change apply --project house --file change.json --db settings.db");
+
+    auto& setBack = AddCommand(
+        app, context, "set-back",
+        "After the database was set back to an older copy: let no client go on from what it lost", options, SetBack);
+    setBack.add_option("--lost", options->lost, "as many versions a project may have had since, at most")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    setBack.footer("Example:\n  tolm-service set-back --db settings.db");
 
     auto& copy = AddCommand(app, context, "export", "Write a project's settings as a project file", options, Export);
     copy.add_option("--project", options->id, "id of the project")->required();

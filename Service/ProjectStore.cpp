@@ -3,11 +3,14 @@
 #include "Service/Answer.h"
 #include "Service/Database.h"
 #include "Service/Increment.h"
+#include "Service/LostVersions.h"
 #include "Service/RowVersions.h"
 #include "Service/Schema.h"
 #include "Service/SettingTables.h"
 
 #include <soci/soci.h>
+
+#include <limits>
 
 namespace tolm::service {
 namespace {
@@ -32,6 +35,9 @@ std::string TemplateProject(soci::session& session, const std::string& templateI
         throw Refusal(Answer::UnknownTemplate);
     return projectId;
 }
+
+/// Clients keep the version in 32 bits.
+constexpr std::int64_t kLastVersion = std::numeric_limits<std::int32_t>::max();
 
 void RefuseFilled(const ProjectState& state) {
     if (state.version >= 1)
@@ -139,13 +145,29 @@ std::int64_t ProjectStore::FillFromTemplate(const std::string& projectId, const 
     return version;
 }
 
+std::int64_t ProjectStore::LoseVersions(const std::string& projectId, std::int64_t most) {
+    long long version = 0;
+    m_database.Write([&](soci::session& session) {
+        const auto state = LockProject(session, projectId);
+        version = state.version;
+        if (version < 1)
+            return;
+        if (most < 1 || most >= kLastVersion - version)
+            throw Refusal(Answer::BadRequest, "there are no so many versions");
+        NoteLostVersions(session, projectId, version + 1, version + most);
+        version += most + 1;
+        session << "UPDATE projects SET version = :v WHERE project_id = :p", soci::use(version, "v"),
+            soci::use(projectId, "p");
+    });
+    return version;
+}
+
 std::string ProjectStore::Increment(const std::string& projectId, std::int64_t since) {
     std::string text;
     m_database.Read([&](soci::session& session) {
         const auto state = ReadProject(session, projectId);
         RefuseNeverFilled(state);
-        if (since > state.version)
-            throw Refusal(Answer::VersionAhead);
+        RefuseAhead(session, projectId, state.version, since);
         text = MakeIncrement(session, projectId, since);
     });
     return text;

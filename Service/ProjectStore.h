@@ -55,6 +55,11 @@ public:
     /// Fills a project that was never filled with what stands in the template's project.
     std::int64_t FillFromTemplate(const std::string& projectId, const std::string& templateId);
 
+    /// For a database that was set back to an older copy, after which a project may have had up to `most` further
+    /// versions: clients that stand at one of them are refused from now on, and the number goes on behind them.
+    /// Returns the new version; a project that was never filled stays as it is.
+    std::int64_t LoseVersions(const std::string& projectId, std::int64_t most);
+
     /// JSON text of what changed since a version ("add" and "del"); below 1 it is everything.
     std::string Increment(const std::string& projectId, std::int64_t since);
     /// JSON text of the rows that stand, a member for each table that has some.

@@ -26,6 +26,9 @@ inline constexpr std::array kSchema{
     "CREATE INDEX IF NOT EXISTS setting_rows_name ON setting_rows (project_id, name_scope, name) WHERE gone "
     "= " TOLM_FOREVER " AND name_scope <> ''",
 
+    "CREATE TABLE IF NOT EXISTS lost_versions (project_id TEXT NOT NULL, first BIGINT NOT NULL, last BIGINT NOT NULL, "
+    "PRIMARY KEY (project_id, first))",
+
     "CREATE TABLE IF NOT EXISTS workunit_data (workunit_id TEXT NOT NULL, data_id TEXT NOT NULL, data_status INTEGER "
     "NOT "
     "NULL, project_id TEXT NOT NULL, PRIMARY KEY (workunit_id, data_id))",

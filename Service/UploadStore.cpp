@@ -2,6 +2,7 @@
 
 #include "Service/Answer.h"
 #include "Service/Database.h"
+#include "Service/LostVersions.h"
 #include "Service/RowVersions.h"
 
 #include <soci/soci.h>
@@ -30,8 +31,8 @@ std::int64_t TakeUpload(soci::session& session, const Caller& caller, const Uplo
     const auto taken = ReadTakenUpload(session, caller);
     if (taken && taken->bodyHash == patch.bodyHash)
         return taken->version;
-    if (state.version >= 1 && patch.version > state.version) // the database was set back to an older state
-        throw Refusal(Answer::VersionAhead);
+    if (state.version >= 1)
+        RefuseAhead(session, caller.projectId, state.version, patch.version);
     if (state.version != patch.version && state.version != ReadTold(session, caller))
         throw Refusal(Answer::Busy);
     const auto version = MakeVersion(session, caller.projectId, state, patch.change);

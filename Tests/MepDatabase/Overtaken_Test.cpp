@@ -1,10 +1,12 @@
 #include "MepDatabase/DatasetPaths.h"
+#include "MepDatabase/FileHeader.h"
 #include "MepDatabase/StoreFrame.h"
 #include "StoreSupport/Records.h"
 #include "StoreSupport/RefreshFixture.h"
 
 #include <functional>
 #include <thread>
+#include <utility>
 
 namespace tolmtest {
 namespace {
@@ -98,6 +100,34 @@ TEST_F(OvertakenRefresh, AReaderOvertakesNothing) {
     OnDownloads(1, [this] { LocalVersion(); });
     EXPECT_TRUE(Refresh());
     EXPECT_EQ(DownloadCount(), 1U);
+}
+
+/// Another process loads a newer version after the cloud was asked for its own, and before the file is opened. The
+/// older answer would be stamped over it, and the next merge would take what came with that version for news.
+TEST_F(OvertakenRefresh, DoesNotTakeBackAVersionThatCameAfterTheCloudWasAsked) {
+    static std::function<void()> happens;
+    happens = [this] {
+        CQbase qb;
+        EXPECT_TRUE(qb.openDatabase(ddq, path, false) && tolm::StampVersion(qb, 4) && qb.closeDatabase());
+        CloudHas(5, R"({"ConfigTree":[)" + Row("m1", "theirs") + "]}", "{}");
+    };
+    tolm::StoreFrame::SetMaker([] {
+        if (happens)
+            std::exchange(happens, nullptr)();
+        return vorn::MakeOwner<CQbase>();
+    });
+    EXPECT_TRUE(Refresh());
+    tolm::StoreFrame::SetMaker(nullptr);
+    EXPECT_EQ(LocalVersion(), 5);
+    EXPECT_EQ(DownloadPath(), "/api/DownloadVersion/P1/4");
+    EXPECT_EQ(DownloadCount(), 1U);
+}
+
+TEST_F(OvertakenRefresh, FollowsACloudThatIsBehindAllTheWhile) {
+    ASSERT_TRUE(util.SetLocalVersion(path, ddq, 7));
+    EXPECT_TRUE(Refresh());
+    EXPECT_EQ(DownloadPath(), "/api/DownloadVersion/P1/7");
+    EXPECT_EQ(LocalVersion(), 3);
 }
 
 /// The store is emptied before the download; whoever loads it meanwhile is not loaded over.

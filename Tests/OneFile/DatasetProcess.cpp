@@ -4,7 +4,10 @@
 // "outside" makes and deletes nothing and edits anybody's. FIRST is the number of its next material and edit.
 //   put ID MARK VERSION | del ID MARK VERSION    before an edit, with the version that the file says
 //   ok MILLISECONDS | no MILLISECONDS            after it
-//   sync RESULT 0|1 MILLISECONDS                 what the comparison said, and whether the step was done
+//   merge VERSION                                before merge and upload, with the cloud's version as compared
+//   sync RESULT 0|1 VERSION                      what the comparison said, whether the step was done, and the version
+//   of
+//                                                the cloud that it came to
 //   warn TEXT
 
 #include "Host/Definitions.h"
@@ -120,18 +123,17 @@ private:
     }
 
     CompareVersionResult Sync() {
-        const auto start = Clock::now();
         std::wstring project;
         std::wstring timePoint;
         int cloud = 0;
         int local = 0;
         const auto result = m_dataset->CompareCloudVersion(project, cloud, local, timePoint);
         const bool done = StepTowards(result, project, cloud, local);
-        std::cout << "sync " << static_cast<int>(result) << ' ' << done << ' ' << Since(start) << std::endl;
+        std::cout << "sync " << static_cast<int>(result) << ' ' << done << ' ' << cloud << std::endl;
         return result;
     }
 
-    bool StepTowards(CompareVersionResult result, const std::wstring& project, int cloud, int local) {
+    bool StepTowards(CompareVersionResult result, const std::wstring& project, int& cloud, int local) {
         NoProgress progress;
         switch (result) {
         case CompareVersionResult::CloudAhead:
@@ -139,6 +141,7 @@ private:
         case CompareVersionResult::LocalChanges:
             return Send(project, cloud);
         case CompareVersionResult::BothChanged:
+            std::cout << "merge " << cloud << std::endl;
             return m_dataset->MergeDataAndSendModifiedData(project, &progress, cloud, local);
         default:
             return result == CompareVersionResult::Same;

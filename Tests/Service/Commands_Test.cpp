@@ -92,7 +92,7 @@ TEST_F(CommandLine, HelpIsASuccessWithExamples) {
     const auto outcome = RunBare({"--help"});
     EXPECT_EQ(outcome.code, 0);
     EXPECT_NE(outcome.out.find("Examples:"), std::string::npos);
-    for (const auto* command : {"serve", "user", "project", "change", "template", "export"}) {
+    for (const auto* command : {"serve", "user", "project", "change", "template", "export", "set-back"}) {
         EXPECT_NE(outcome.out.find(command), std::string::npos) << command;
         EXPECT_EQ(RunBare({command, "--help"}).code, 0) << command;
     }
@@ -206,6 +206,16 @@ TEST_F(CommandLine, AnExportFillsAnotherProjectWithTheSame) {
               json::parse(Run({"export", "--project", "p"}).out)["tables"]);
     EXPECT_EQ(Run({"export", "--project", "p", "--out", "/no/such/folder/copy.json"}).code, 1);
     EXPECT_EQ(Run({"export", "--project", "nothing"}).code, 1);
+}
+
+TEST_F(CommandLine, ASetBackDatabaseGoesOnBehindWhatItLost) {
+    Filled();
+    Run({"project", "create", "q"});
+    EXPECT_EQ(Run({"set-back", "--lost", "9"}).out, "p\tversion 11\nq\tnever filled\n");
+    EXPECT_EQ(Run({"set-back"}).out, "p\tversion 1000012\nq\tnever filled\n");
+    EXPECT_EQ(Run({"set-back", "--lost", "0"}).code, 2);
+    EXPECT_EQ(Run({"set-back", "--lost", "2146483640"}).code, 1);
+    EXPECT_EQ(Run({"project", "list"}).out, "p\tversion 1000012\tHouse\nq\tnever filled\t\n");
 }
 
 TEST_F(CommandLine, ATemplateIsSetForAProjectThatIsThere) {

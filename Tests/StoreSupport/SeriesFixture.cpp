@@ -36,9 +36,10 @@ std::string LittleEndian(std::uint32_t bits) {
     return bytes;
 }
 
-std::string Padded(std::string text, std::size_t width) {
-    text.resize(width, '\0');
-    return text;
+std::string Padded(const std::string& text, std::size_t width) {
+    std::string padded(width, '\0');
+    text.copy(padded.data(), width);
+    return padded;
 }
 
 ComponentReads::Make g_make = nullptr;

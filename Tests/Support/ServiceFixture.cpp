@@ -109,6 +109,10 @@ int ServiceFixture::Version(const std::string& projectId) {
     return static_cast<int>(Service().Projects().Version(projectId));
 }
 
+int ServiceFixture::LoseVersions(const std::string& projectId, int count) {
+    return static_cast<int>(Service().Projects().LoseVersions(projectId, count));
+}
+
 std::string ServiceFixture::Tables(const std::string& projectId) {
     return Service().Projects().StandingRows(projectId);
 }

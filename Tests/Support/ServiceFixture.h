@@ -34,6 +34,8 @@ public:
     /// Applies the text of a change file. Returns the project's version then.
     int Apply(const std::string& projectId, const std::string& changeFileText);
     int Version(const std::string& projectId);
+    /// Says that the project lost as many versions. Returns its new one.
+    int LoseVersions(const std::string& projectId, int count);
     /// The tables that stand, as {"ConfigTree":[...], ...}.
     std::string Tables(const std::string& projectId);
     void SetTemplate(const std::string& templateId, const std::string& projectId);

@@ -103,5 +103,54 @@ TEST_F(SetBackService, IsLoadedWholeIntoADatasetWithoutAVersion) {
     ExpectNothingLost();
 }
 
+/// The service was told that it lost versions, and others filled it beyond them since.
+class SetBackServiceThatWasFilledAgain : public SetBackService {
+protected:
+    SetBackServiceThatWasFilledAgain() {
+        EXPECT_EQ(service.LoseVersions("P", 10), 13);
+        Apply({{"ConfigTree", {Row("p", "lead")}}}, json::object());
+    }
+    void ExpectNothingLost() const {
+        EXPECT_TRUE(Same(data, StoreFacts(dataset.Path())));
+        EXPECT_TRUE(Same(status, StoreFacts(dataset.StatusPath())));
+    }
+};
+
+TEST_F(SetBackServiceThatWasFilledAgain, GivesNoIncrementSinceAVersionThatItLost) {
+    EXPECT_FALSE(dataset.Pull());
+    EXPECT_EQ(TakeNotifications(), (Notifications{{2, L"获取数据失败！"}}));
+    ExpectNothingLost();
+}
+
+TEST_F(SetBackServiceThatWasFilledAgain, IsNotMergedWithFromAVersionThatItLost) {
+    NoProgress progress;
+    EXPECT_EQ(Compare(), CompareVersionResult::BothChanged);
+    EXPECT_FALSE(dataset.Api().MergeDataAndSendModifiedData(L"P", &progress, cloud, local));
+    EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"getCloudDataSucc 为false", L"mergeSucc 失败"}));
+    ExpectNothingLost();
+}
+
+TEST_F(SetBackServiceThatWasFilledAgain, TakesNoUploadFromAVersionThatItLost) {
+    Compare();
+    EXPECT_FALSE(dataset.Api().SendModifiedDataToCloud(false, nullptr));
+    ExpectNothingLost();
+    EXPECT_EQ(service.Version("P"), 14);
+}
+
+TEST_F(SetBackServiceThatWasFilledAgain, IsLoadedWholeIntoADatasetWithoutAVersion) {
+    HostedDataset fresh(folder.File(L"fresh"), componentPath);
+    EXPECT_TRUE(fresh.Pull());
+    EXPECT_TRUE(Same(Expected(), fresh.Content()));
+}
+
+TEST_F(SetBackService, GoesOnWithDatasetsOfTheVersionThatItKept) {
+    HostedDataset kept(folder.File(L"kept"), componentPath);
+    EXPECT_TRUE(kept.Pull());
+    service.LoseVersions("P", 10);
+    Apply({{"ConfigTree", {Row("p", "lead")}}}, json::object());
+    EXPECT_TRUE(kept.Pull());
+    EXPECT_TRUE(Same(Expected(), kept.Content()));
+}
+
 } // namespace
 } // namespace tolmtest

@@ -85,6 +85,19 @@ void MakeFolderOf(const wstring& filePath) {
         vorn::FileSystem::CreateDirectories(folder);
 }
 
+/// Of a store whose header is the current record.
+int VersionOfHeader(CQbase& qb) {
+    long version = 0;
+    qb.getLong(schema::kLocalVersion, version);
+    return ClampToInt32(static_cast<double>(version));
+}
+
+/// The version that the file tells now; 0 where it tells none.
+int StandingVersion(const wstring& definitionPath, const wstring& filePath) {
+    CQbase qb;
+    return qb.openDatabase(definitionPath, filePath, false) && FetchHeader(qb) ? VersionOfHeader(qb) : 0;
+}
+
 /// The dataset file while it is refreshed, and the version that it held before.
 class LocalDataset {
 public:
@@ -116,9 +129,7 @@ private:
         m_hasHeader = FetchHeader(*m_store);
         if (!m_hasHeader)
             return !IsReadFailure(m_store->getLastError());
-        long version = 0;
-        m_store->getLong(schema::kLocalVersion, version);
-        m_base.version = ClampToInt32(static_cast<double>(version));
+        m_base.version = VersionOfHeader(*m_store);
         return true;
     }
 
@@ -199,6 +210,7 @@ std::optional<bool> MepQbaseUtil::RefreshOnce(const CallSite& site, const Refres
     const wstring projectId = settings.GetWorkingProjectId();
     const wstring workunitId = settings.GetWorkingDatasetId();
     const NotedChanges changes(site, place.dataset, place.definition);
+    const int versionBefore = StandingVersion(place.definition, place.dataset);
     int cloudVersion = 0;
     if (!QueryVersion(projectId, 0, cloudVersion))
         return false;
@@ -212,6 +224,8 @@ std::optional<bool> MepQbaseUtil::RefreshOnce(const CallSite& site, const Refres
         store->closeDatabase();
         return Fail(L"载入失败了！");
     }
+    if (local.Base().version > cloudVersion && local.Base().version != versionBefore)
+        return std::nullopt; // the cloud was asked too early: its answer would take the version back
     if (!Download(projectId, local.Base().version, store, root))
         return false;
     CloudRefresh refresh(site, store.get(), progress, {place.definition, place.combinedProducts, place.binaryFolder},
