@@ -76,7 +76,8 @@ void Address(TolmProjectSettingHttpUtility& client, const CloudCall& call, http_
 /// bytes, since the HTTP library reads a stream of plain characters through a type that it does not have.
 void SetBody(const web::json::value& body, http_request& request) {
     const std::string text = body.serialize();
-    auto bytes = concurrency::streams::bytestream::open_istream(std::vector<unsigned char>(text.begin(), text.end()));
+    const auto* first = reinterpret_cast<const unsigned char*>(text.data());
+    auto bytes = concurrency::streams::bytestream::open_istream(std::vector<unsigned char>(first, first + text.size()));
     request.set_body(bytes, text.size(), "text/plain; charset=utf-8");
 }
 
