@@ -3,6 +3,9 @@
 #include "Qbase/StoreFileInternal.h"
 
 #include <algorithm>
+#include <exception>
+#include <ranges>
+#include <utility>
 
 namespace qbase {
 namespace {
@@ -91,9 +94,32 @@ void Connection::Configure(const std::string& path) {
 Connection::File& Connection::AddFile(const std::string& schema, const std::string& path) {
     Statement look(Get(), "SELECT 1 FROM " + Quoted(schema) + ".sqlite_schema");
     const auto identity = IdentityOf(path);
-    if (!identity || !WorkingCopyRegistry::Admits(path, *identity))
+    if (!identity)
         throw SqlFailure{SQLITE_CANTOPEN};
-    return m_files.emplace_back(File{schema, path, *identity, std::move(look), false});
+    if (!WorkingCopyRegistry::Admits(path, *identity))
+        throw SqlFailure{SQLITE_BUSY}; // neither to be worked on here nor to be removed
+    File& file = m_files.emplace_back(File{schema, path, *identity, std::move(look), false, nullptr, {}});
+    file.record = WorkingCopyRegistry::RecordOf(*identity);
+    if (file.record)
+        sqlite3_preupdate_hook(Get(), OnChange, this);
+    return file;
+}
+
+/// SQLite tells of each row, those that make room for others too, and empties no table at one stroke while it tells.
+/// Where memory runs out the commit goes unrecorded, so that the record is worth nothing any more.
+void Connection::OnChange(void* self, sqlite3*, int operation, const char* schema, const char* table,
+                          sqlite3_int64 before, sqlite3_int64 after) noexcept {
+    for (File& file : static_cast<Connection*>(self)->m_files) {
+        if (!file.record || file.schema != schema)
+            continue;
+        try {
+            auto& rows = file.changed[table];
+            rows.insert(operation == SQLITE_INSERT ? after : before);
+            rows.insert(operation == SQLITE_DELETE ? before : after);
+        } catch (const std::exception&) {
+            file.record.reset();
+        }
+    }
 }
 
 int Connection::OnBusy(void* self, int) {
@@ -116,8 +142,19 @@ void Connection::Begin(LockKind kind) {
 
 void Connection::Commit() {
     ResetAll(Get());
+    const auto isRecorded = [](const File& file) { return file.record && !file.changed.empty(); };
+    for (const File& file : m_files | std::views::filter(isRecorded))
+        RaiseChangeCounter(file);
     Execute("COMMIT");
+    for (File& file : m_files | std::views::filter(isRecorded))
+        file.record->Add(std::exchange(file.changed, {}));
     EndTransaction();
+}
+
+/// SQLite counts no commit that writes no page, as when rows are given the content that they have. A mark that is
+/// written again is always a page.
+void Connection::RaiseChangeCounter(const File& file) {
+    Execute("PRAGMA " + Quoted(file.schema) + ".application_id=" + std::to_string(kApplicationId));
 }
 
 void Connection::Rollback() noexcept {
@@ -132,6 +169,8 @@ void Connection::Rollback() noexcept {
 void Connection::EndTransaction() noexcept {
     LockRegistry::Remove(this);
     m_held = LockKind::None;
+    for (File& file : m_files)
+        file.changed.clear();
     ++m_epoch;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Qbase/CopyRecordInternal.h"
 #include "Qbase/LockRegistryInternal.h"
 #include "Qbase/SqlInternal.h"
 #include "Qbase/WaiterInternal.h"
@@ -21,8 +22,10 @@ public:
         std::string schema; ///< its name in SQL
         std::string path;
         FileIdentity identity;
-        Statement look;     ///< reads the file's first page
-        bool inUse = false; ///< a handle works on it
+        Statement look;                     ///< reads the file's first page
+        bool inUse = false;                 ///< a handle works on it
+        std::shared_ptr<CopyRecord> record; ///< of a working copy
+        ChangedRows changed;                ///< of a working copy, in this transaction
     };
 
     /// Opens the file at the path; `create` lets it come into being, without a byte.
@@ -83,6 +86,8 @@ private:
     };
 
     static int OnBusy(void* self, int);
+    static void OnChange(void* self, sqlite3*, int operation, const char* schema, const char* table,
+                         sqlite3_int64 before, sqlite3_int64 after) noexcept;
     void Open(const std::string& path, bool create);
     void Configure(const std::string& path);
     void ReadMain(const std::string& path);
@@ -95,6 +100,7 @@ private:
     void RaiseLock(File& file);
     void CheckSynchronous(const File& file);
     bool HasMoved(const File& file);
+    void RaiseChangeCounter(const File& file);
     void EndTransaction() noexcept;
 
     std::unique_ptr<sqlite3, Closer> m_database;

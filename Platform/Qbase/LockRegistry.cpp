@@ -25,6 +25,7 @@ struct WorkingCopy {
     std::string path;
     const void* owner;
     std::optional<FileIdentity> file; ///< once it has been made
+    std::shared_ptr<CopyRecord> record;
 };
 
 struct WorkingCopies {
@@ -82,7 +83,7 @@ void WorkingCopyRegistry::Add(const void* owner, const std::vector<std::string>&
     Remove(owner);
     const std::lock_guard lock(TheCopies().mutex);
     for (const auto& path : paths)
-        TheCopies().copies.push_back({path, owner, std::nullopt});
+        TheCopies().copies.push_back({path, owner, std::nullopt, nullptr});
 }
 
 void WorkingCopyRegistry::Remove(const void* owner) noexcept {
@@ -95,12 +96,13 @@ bool WorkingCopyRegistry::Has(const std::string& path) {
     return std::ranges::any_of(TheCopies().copies, [&](const WorkingCopy& copy) { return copy.path == path; });
 }
 
-void WorkingCopyRegistry::Fix(const void* owner, const std::string& path, const FileIdentity& file) {
+void WorkingCopyRegistry::Fix(const void* owner, const std::string& path, const FileIdentity& file,
+                              std::shared_ptr<CopyRecord> record) {
     const std::lock_guard lock(TheCopies().mutex);
-    for (auto& copy : TheCopies().copies) {
-        if (copy.owner == owner && copy.path == path)
-            copy.file = file;
-    }
+    const auto isMeant = [&](const WorkingCopy& copy) { return copy.owner == owner && copy.path == path; };
+    const auto copy = std::ranges::find_if(TheCopies().copies, isMeant);
+    copy->file = file;
+    copy->record = std::move(record);
 }
 
 bool WorkingCopyRegistry::Admits(const std::string& path, const FileIdentity& file) {
@@ -114,6 +116,12 @@ bool WorkingCopyRegistry::Admits(const std::string& path, const FileIdentity& fi
         isCopy = true;
     }
     return !isCopy;
+}
+
+std::shared_ptr<CopyRecord> WorkingCopyRegistry::RecordOf(const FileIdentity& file) {
+    const std::lock_guard lock(TheCopies().mutex);
+    const auto found = std::ranges::find(TheCopies().copies, file, &WorkingCopy::file);
+    return found == TheCopies().copies.end() ? nullptr : found->record;
 }
 
 } // namespace qbase

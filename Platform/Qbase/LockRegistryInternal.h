@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,6 +33,8 @@ public:
     static bool IsHeldForUpdate(const FileIdentity& file);
 };
 
+class CopyRecord;
+
 /// Which files of this process are working copies, by their whole paths. Any thread may call it.
 class WorkingCopyRegistry {
 public:
@@ -39,10 +42,13 @@ public:
     static void Add(const void* owner, const std::vector<std::string>& paths);
     static void Remove(const void* owner) noexcept;
     static bool Has(const std::string& path);
-    /// Notes which file the owner's copy at the path is, once it has been made.
-    static void Fix(const void* owner, const std::string& path, const FileIdentity& file);
+    /// Notes which file the owner's copy at the path is, once it has been made, and where its changes are recorded.
+    static void Fix(const void* owner, const std::string& path, const FileIdentity& file,
+                    std::shared_ptr<CopyRecord> record);
     /// False for a file that took the place of a copy: another process works on the same stores.
     static bool Admits(const std::string& path, const FileIdentity& file);
+    /// Null for a file that is no copy, whatever path leads to it.
+    static std::shared_ptr<CopyRecord> RecordOf(const FileIdentity& file);
 };
 
 } // namespace qbase

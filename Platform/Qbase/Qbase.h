@@ -196,8 +196,8 @@ public:
     bool make(const Pair& first, const Pair& second);
 
     /// Gives both stores the contents of their copies, numbers and order of the records included, in one commit: a
-    /// crash at any moment leaves both as they were or both new. The copies must be closed; they stay. What is equal
-    /// is not written again. False, and both stores as they were, when a store changed or is another file since
+    /// crash at any moment leaves both as they were or both new. The copies must be closed; they stay. What did not
+    /// change is not written. False, and both stores as they were, when a store changed or is another file since
     /// `make`, or a copy is another file than the one made then (`QbaseError::Changed`), when a lock is not to be had,
     /// or when a copy is no store. After it, whatever it returned, nothing can be put back until the next `make`.
     bool putBack();

@@ -39,18 +39,28 @@ bool DeleteFiles(const std::string& path) {
     return DeleteFile(path, true) && DeleteFile(path + "-journal", true);
 }
 
-/// The new and empty file; another process's work ends it here, before anything of that is touched.
-FileIdentity MakeFile(const std::string& path) {
-    const int file = ::open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0644);
-    if (file < 0)
-        throw SqlFailure{errno == EEXIST ? SQLITE_BUSY : SQLITE_CANTOPEN};
-    struct stat status {};
-    const bool isKnown = ::fstat(file, &status) == 0;
-    ::close(file);
-    if (!isKnown)
-        throw SqlFailure{SQLITE_IOERR};
-    return {status.st_dev, status.st_ino};
-}
+/// A new and empty file; another process's work ends it here, before anything of that is touched. As long as this is
+/// open no other file has the same identity.
+class NewFile {
+public:
+    explicit NewFile(const std::string& path)
+        : m_file(::open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0644)) {
+        if (m_file < 0)
+            throw SqlFailure{errno == EEXIST ? SQLITE_BUSY : SQLITE_CANTOPEN};
+    }
+    /// The system takes all locks away that this process has on the file: it must have none.
+    ~NewFile() { ::close(m_file); }
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    bool Is(const FileIdentity& identity) const {
+        struct stat status {};
+        return ::fstat(m_file, &status) == 0 && identity == FileIdentity{status.st_dev, status.st_ino};
+    }
+
+private:
+    int m_file;
+};
 
 } // namespace
 
@@ -72,10 +82,11 @@ void CopyFile(sqlite3* source, const std::string& schema, const std::string& tar
 std::unique_ptr<Connection> MakeCopy(sqlite3* source, const std::string& schema, const std::string& target) {
     if (!RemoveFiles(target))
         throw SqlFailure{SQLITE_BUSY};
-    const auto made = MakeFile(target);
+    const NewFile made(target);
     auto copy = std::make_unique<Connection>(target, false);
-    if (copy->Main().identity != made)
+    if (!made.Is(copy->Main().identity))
         throw SqlFailure{SQLITE_BUSY};
+    copy->Execute("PRAGMA journal_mode=MEMORY"); // a file could be taken for the journal of another process's copy
     CopyPages(source, schema, *copy);
     return copy;
 }
@@ -99,14 +110,16 @@ bool CopyStore(const std::string& source, const std::string& target) {
 
 bool RemoveFiles(const std::string& path) {
     const auto identity = IdentityOf(path);
-    if (!identity || LockRegistry::IsHeldForUpdate(*identity))
+    if (!identity)
+        return DeleteFile(path + "-journal", true); // somebody may put a file here at this moment
+    if (LockRegistry::IsHeldForUpdate(*identity))
         return DeleteFiles(path);
     if (LockRegistry::WouldWaitForItself(*identity, LockKind::Update, nullptr))
         return false;
     try {
         Connection connection(path, false);
         connection.Begin(LockKind::Update);
-        return DeleteFiles(path);
+        return connection.AnyMoved() ? RemoveFiles(path) : DeleteFiles(path); // what is locked, and nothing else
     } catch (const SqlFailure& failure) {
         return ErrorOf(failure.code) != QbaseError::Locked && DeleteFiles(path);
     }

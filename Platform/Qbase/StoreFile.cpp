@@ -19,6 +19,7 @@ using HeaderBytes = std::array<unsigned char, 100>;
 constexpr std::string_view kMagic("SQLite format 3", 16);
 constexpr std::size_t kWriteVersionAt = 18;
 constexpr std::size_t kReadVersionAt = 19;
+constexpr std::size_t kChangeCounterAt = 24;
 constexpr std::size_t kUserVersionAt = 60;
 constexpr std::size_t kApplicationIdAt = 68;
 constexpr unsigned char kRollbackJournal = 1;
@@ -52,6 +53,13 @@ StoreFileKind Judge(sqlite3_file& file) {
     return version > 0 && hasJournal ? StoreFileKind::Store : StoreFileKind::Foreign;
 }
 
+/// Null where the connection has none open.
+sqlite3_file* FileOf(sqlite3* database, const std::string& schema) {
+    sqlite3_file* file = nullptr;
+    const int code = sqlite3_file_control(database, schema.c_str(), SQLITE_FCNTL_FILE_POINTER, &file);
+    return code == SQLITE_OK && file != nullptr && file->pMethods != nullptr ? file : nullptr;
+}
+
 } // namespace
 
 bool IsPath(const std::wstring& path) {
@@ -81,9 +89,16 @@ bool IsFilledFile(const std::string& path) {
 }
 
 bool IsOpenOnStore(sqlite3* database) {
-    sqlite3_file* file = nullptr;
-    const int code = sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
-    return code == SQLITE_OK && file != nullptr && file->pMethods != nullptr && Judge(*file) == StoreFileKind::Store;
+    sqlite3_file* file = FileOf(database, "main");
+    return file != nullptr && Judge(*file) == StoreFileKind::Store;
+}
+
+std::uint32_t ChangeCounterOf(sqlite3* database, const std::string& schema) {
+    sqlite3_file* file = FileOf(database, schema);
+    HeaderBytes bytes{};
+    if (file == nullptr || !ReadHeader(*file, bytes))
+        throw SqlFailure{SQLITE_NOTADB};
+    return static_cast<std::uint32_t>(BigEndian(bytes, kChangeCounterAt));
 }
 
 StoreFileKind Examine(const std::string& path, Waiter& waiter) {

@@ -43,6 +43,9 @@ bool IsFilledFile(const std::string& path);
 /// What `Examine` calls a store at first sight, looked at through a connection that has not been used yet.
 bool IsOpenOnStore(sqlite3* database);
 
+/// What SQLite raises by one with each commit that writes to the file. Needs a lock on it.
+std::uint32_t ChangeCounterOf(sqlite3* database, const std::string& schema);
+
 /// Looks at the file, and waits while another process writes it. Throws `SqlFailure` when it cannot be read.
 StoreFileKind Examine(const std::string& path, Waiter& waiter);
 

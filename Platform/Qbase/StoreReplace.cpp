@@ -8,6 +8,7 @@ namespace qbase {
 namespace {
 
 constexpr std::string_view kNumberColumn = "seq";
+constexpr sqlite3_int64 kSchemaOfCopy = 1; // SQLite counts the changes of a file's schema: the copying is the first
 
 /// Name and SQL of each table or index of a file. What SQLite makes by itself has no SQL.
 using Elements = std::map<std::string, std::string>;
@@ -121,11 +122,37 @@ void ReplaceRows(Connection& connection, const std::string& target, const std::s
                            " AS s WHERE NOT EXISTS(SELECT 1 FROM " + to + " AS t WHERE " + left + ")");
 }
 
+/// True for a table as the library makes it: SQLite knows each row by its number, and nothing is computed.
+bool IsRecordTable(const std::string& name, const std::string& sql) {
+    const std::string begin = "CREATE TABLE " + QuotedAnyName(name) + "(seq INTEGER PRIMARY KEY,";
+    return sql.starts_with(begin) && sql.find_first_of("()", begin.size()) == sql.size() - 1;
+}
+
+void RunForEach(Connection& connection, const std::string& sql, const std::set<std::int64_t>& numbers) {
+    Statement statement(connection.Get(), sql);
+    for (const sqlite3_int64 number : numbers) {
+        statement.Bind(1, number);
+        statement.Run();
+    }
+}
+
+/// All go before one comes, so that no id stands twice in between.
+void ReplaceNumbered(Connection& connection, const std::string& to, const std::string& from,
+                     const std::set<std::int64_t>& numbers) {
+    RunForEach(connection, "DELETE FROM " + to + " WHERE seq=?", numbers);
+    RunForEach(connection, "INSERT INTO " + to + " SELECT * FROM " + from + " WHERE seq=?", numbers);
+}
+
 void ReplaceMark(Connection& connection, const std::string& target, const std::string& source,
                  const std::string& field) {
     const auto value = connection.Query("PRAGMA " + Quoted(source) + "." + field);
     if (connection.Query("PRAGMA " + Quoted(target) + "." + field) != value)
         connection.Execute("PRAGMA " + Quoted(target) + "." + field + "=" + std::to_string(value));
+}
+
+void ReplaceMarks(Connection& connection, const std::string& target, const std::string& source) {
+    ReplaceMark(connection, target, source, "application_id");
+    ReplaceMark(connection, target, source, "user_version");
 }
 
 } // namespace
@@ -139,8 +166,23 @@ void ReplaceContent(Connection& connection, const std::string& target, const std
     for (const auto& [name, sql] : tables)
         ReplaceRows(connection, target, source, name);
     CreateMissing(connection, target, "index", indexes);
-    ReplaceMark(connection, target, source, "application_id");
-    ReplaceMark(connection, target, source, "user_version");
+    ReplaceMarks(connection, target, source);
+}
+
+void ReplaceChanged(Connection& connection, const std::string& target, const std::string& source,
+                    const ChangedRows& changed) {
+    if (connection.Query("PRAGMA " + Quoted(source) + ".schema_version") != kSchemaOfCopy)
+        return ReplaceContent(connection, target, source);
+    for (const auto& [name, sql] : ElementsOf(connection, source, "table")) {
+        const auto rows = changed.find(name);
+        if (rows == changed.end())
+            continue;
+        if (IsRecordTable(name, sql))
+            ReplaceNumbered(connection, FullName(target, name), FullName(source, name), rows->second);
+        else
+            ReplaceRows(connection, target, source, name);
+    }
+    ReplaceMarks(connection, target, source);
 }
 
 } // namespace qbase

@@ -80,12 +80,14 @@ private:
         Connection::File* file = nullptr; ///< of the connection
         sqlite3_int64 version = 0;        ///< of its content when it was copied
         std::unique_ptr<Connection> copy; ///< without a lock: as long as it is open, no other file is taken for this
+        std::shared_ptr<qbase::CopyRecord> record; ///< of what was changed in the copy
     };
 
     void LetGo() noexcept;
     bool AnyHeldByThisThread() const;
     bool AreStores();
     bool OpenBoth();
+    QbaseError CopyAsTheyAre(const std::array<Pair, 2>& pairs, const std::array<Paths, 2>& paths);
     QbaseError CopyBoth();
     bool HaveChanged();
     QbaseError Replace(const Store& store);
@@ -98,8 +100,7 @@ private:
 void CQbaseWorkingCopies::Impl::LetGo() noexcept {
     m_connection.reset();
     ForgetCopies();
-    for (auto& store : m_stores)
-        store.copy.reset();
+    m_stores = {};
 }
 
 QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second) {
@@ -112,14 +113,27 @@ QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second
                                       {qbase::WholePath(second.store), qbase::WholePath(second.copy)}}};
     if (!AreDifferent(paths))
         return QbaseError::BadArgument;
-    m_stores[0] = Store{paths[0], nullptr, 0, nullptr};
-    m_stores[1] = Store{paths[1], nullptr, 0, nullptr};
+    for (std::size_t i = 0; i < m_stores.size(); ++i)
+        m_stores[i].paths = paths[i];
     if (AnyHeldByThisThread())
         return QbaseError::Locked;
     if (AreStores() && OpenBoth())
         return CopyBoth();
     LetGo();
-    return CopyAnyway(first) && CopyAnyway(second) ? QbaseError::None : QbaseError::Disk;
+    return CopyAsTheyAre({first, second}, paths);
+}
+
+/// Nothing will be put back; all the same no other file is to be taken for one of the copies.
+QbaseError CQbaseWorkingCopies::Impl::CopyAsTheyAre(const std::array<Pair, 2>& pairs,
+                                                    const std::array<Paths, 2>& paths) {
+    qbase::WorkingCopyRegistry::Add(this, {paths[0].copy, paths[1].copy});
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        const auto copy = CopyAnyway(pairs[i]) ? qbase::IdentityOf(paths[i].copy) : std::nullopt;
+        if (!copy)
+            return QbaseError::Disk;
+        qbase::WorkingCopyRegistry::Fix(this, paths[i].copy, *copy, nullptr);
+    }
+    return QbaseError::None;
 }
 
 bool CQbaseWorkingCopies::Impl::AnyHeldByThisThread() const {
@@ -162,7 +176,8 @@ QbaseError CQbaseWorkingCopies::Impl::CopyBoth() {
     qbase::WorkingCopyRegistry::Add(this, {m_stores[0].paths.copy, m_stores[1].paths.copy});
     for (auto& store : m_stores) {
         store.copy = qbase::MakeCopy(m_connection->Get(), store.file->schema, store.paths.copy);
-        qbase::WorkingCopyRegistry::Fix(this, store.paths.copy, store.copy->Main().identity);
+        store.record = std::make_shared<qbase::CopyRecord>();
+        qbase::WorkingCopyRegistry::Fix(this, store.paths.copy, store.copy->Main().identity, store.record);
         store.version = qbase::DataVersion(*m_connection, store.file->schema);
     }
     m_connection->Rollback();
@@ -211,7 +226,11 @@ QbaseError CQbaseWorkingCopies::Impl::Replace(const Store& store) {
         return QbaseError::Changed;
     if (const auto error = qbase::CheckMark(*m_connection, copy.schema); error != QbaseError::None)
         return error;
-    qbase::ReplaceContent(*m_connection, store.file->schema, copy.schema);
+    const auto counter = qbase::ChangeCounterOf(m_connection->Get(), copy.schema);
+    if (const auto changed = store.record->RowsAt(counter))
+        qbase::ReplaceChanged(*m_connection, store.file->schema, copy.schema, *changed);
+    else
+        qbase::ReplaceContent(*m_connection, store.file->schema, copy.schema);
     return QbaseError::None;
 }
 

@@ -134,4 +134,36 @@ TEST_F(MethodsOutOfMemory, AMethodThatCannotBeMadeIsReportedAndPassedOver) {
                                                          L"MepQbaseUtil::readSizingMethodList: sizingMethod为空"}));
 }
 
+/// One allocation after the other fails while a record is deleted in a working copy.
+TEST_F(MethodsOutOfMemory, AChangeThatCannotBeRecordedIsPutBackAllTheSame) {
+    const wstring other = path + L".other";
+    const wstring copy = path + L".copy";
+    int unrecorded = 0;
+    bool wasMissing = true;
+    for (int number = 0; wasMissing; ++number) {
+        CQbase qb;
+        ASSERT_TRUE(qb.openDatabase(ddq, path, true) && qb.lockForUpdate());
+        if (!qb.existRec("BMD", L"goes"))
+            ASSERT_TRUE(qb.createRec("BMD", L"goes") && qb.saveRec());
+        ASSERT_TRUE(qb.closeDatabase() && CQbase::copyStore(path, other));
+        CQbaseWorkingCopies copies;
+        ASSERT_TRUE(copies.make({path, copy}, {other, other + L".copy"}));
+        ASSERT_TRUE(qb.openDatabase(ddq, copy, false) && qb.lockForUpdate());
+        t_untilFailure = number;
+        bool isDeleted = false;
+        try {
+            isDeleted = qb.deleteRec("BMD", L"goes");
+        } catch (const std::bad_alloc&) { // it was not the recording
+        }
+        wasMissing = t_untilFailure < 0;
+        t_untilFailure = -1;
+        qb.closeDatabase();
+        ASSERT_TRUE(copies.putBack());
+        const char* const left = "select count(*) from BMD";
+        EXPECT_EQ(Sql(path, left), Sql(copy, left)) << number;
+        unrecorded += isDeleted && wasMissing ? 1 : 0;
+    }
+    EXPECT_GT(unrecorded, 0);
+}
+
 } // namespace

@@ -54,6 +54,12 @@ protected:
         ChangeAt(m_secondCopy, [](CQbase& qb) { ASSERT_TRUE(qb.deleteRec("AAA", L"noted")); });
     }
 
+    void PutAnotherInPlaceOfTheCopy() {
+        const std::wstring theirs = m_folder.File(L"theirs.db");
+        ASSERT_TRUE(CQbase::copyStore(m_path, theirs));
+        std::filesystem::rename(Native(theirs), Native(m_copy));
+    }
+
     const std::wstring m_copy = m_folder.File(L"set_temp.db");
     const std::wstring m_secondCopy = m_folder.File(L"set_Status_temp.db");
     CQbaseWorkingCopies m_copies;
@@ -222,11 +228,11 @@ TEST_F(StoreWorkingCopies, SomebodyElsesCopyIsNotPutBack) {
 /// What was meant for a copy must not come into that of another process, which would put it back as its own.
 TEST_F(StoreWorkingCopies, AnotherProcessesCopyInTheSamePlaceDoesNotOpen) {
     ASSERT_TRUE(Make());
-    const std::wstring theirs = m_folder.File(L"theirs.db");
-    ASSERT_TRUE(CQbase::copyStore(m_path, theirs));
-    std::filesystem::rename(vorn::FileSystem::ToNative(theirs), vorn::FileSystem::ToNative(m_copy));
+    PutAnotherInPlaceOfTheCopy();
     CQbase copy;
     EXPECT_FALSE(copy.openDatabase(m_definition, m_copy, false));
+    EXPECT_FALSE(CQbase::removeStore(m_copy)) << "they may be at work on it";
+    EXPECT_TRUE(Stands(m_copy));
     EXPECT_FALSE(m_copies.putBack());
     EXPECT_EQ(Error(), QbaseError::Changed);
     CQbaseWorkingCopies others;
@@ -384,6 +390,18 @@ TEST_F(StoreWorkingCopies, AFileThatIsNoStoreIsCopiedAsItIsAndNothingCanBePutBac
         EXPECT_FALSE(m_copies.putBack());
         EXPECT_EQ(Error(), QbaseError::WrongState);
     }
+}
+
+TEST_F(StoreWorkingCopies, AnotherFileIsNotTakenForACopyThatNothingIsPutBackFrom) {
+    WriteText(m_second, "");
+    ASSERT_TRUE(Make());
+    CQbase copy;
+    EXPECT_TRUE(copy.openDatabase(m_definition, m_copy, false) && copy.closeDatabase());
+    PutAnotherInPlaceOfTheCopy();
+    EXPECT_FALSE(copy.openDatabase(m_definition, m_copy, false));
+    EXPECT_EQ(ErrorOf(copy), QbaseError::Locked);
+    EXPECT_FALSE(m_copies.putBack());
+    EXPECT_TRUE(copy.openDatabase(m_definition, m_copy, false)) << "free after it";
 }
 
 TEST_F(StoreWorkingCopies, ANewerStoreIsCopiedAsItIsAndNothingCanBePutBack) {
