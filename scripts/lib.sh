@@ -64,6 +64,16 @@ sum_of() {
     cat "$1"/* | sed -nE "s/$2/\1/p" | awk '{sum += $1} END {print sum + 0}'
 }
 
+# How many faults and power cuts the tests of these logs tried: tell_points FOLDER
+tell_points() {
+    local kind points failures
+    for kind in faults "power cuts"; do
+        points=$(sum_of "$1" "^$kind in .*: ([0-9]+) points, [0-9]+ failures\$")
+        failures=$(sum_of "$1" "^$kind in .*: [0-9]+ points, ([0-9]+) failures\$")
+        [ "$points" = 0 ] || echo "$kind: $points points, $failures failures"
+    done
+}
+
 # Runs the test programs of a preset, in parts side by side, and adds to the counts: run_tests PRESET
 # With arguments for ctest each test is a process of its own: run_tests PRESET CTEST-ARGUMENT...
 run_tests() {
@@ -92,6 +102,7 @@ run_tests() {
     done
     [ $((passed + failed)) != 0 ] || die "no test ran"
     cat "$logs"/* | sed -nE 's/^\[  FAILED  \] ([^ ]+\.[^ ]+(, where .*)?)$/failed: \1/p' | sort -u
+    tell_points "$logs"
     rm -r "$logs"
     TESTS_FAILED=$((TESTS_FAILED + failed))
     TESTS_PASSED=$((TESTS_PASSED + passed))

@@ -6,32 +6,29 @@
 namespace tolm {
 namespace {
 
-/// A text that one thread may set while others read it.
-class SharedText {
+/// A value that one thread may set while others read it.
+template <class Value> class Shared {
 public:
-    explicit SharedText(std::wstring text = {}) : m_text(std::move(text)) {}
-    std::wstring Get() const {
+    explicit Shared(Value value = {}) : m_value(std::move(value)) {}
+    Value Get() const {
         const std::lock_guard lock(m_mutex);
-        return m_text;
+        return m_value;
     }
-    void Set(const std::wstring& text) {
+    void Set(const Value& value) {
         const std::lock_guard lock(m_mutex);
-        m_text = text;
+        m_value = value;
     }
 
 private:
     mutable std::mutex m_mutex;
-    std::wstring m_text;
+    Value m_value;
 };
+using SharedText = Shared<std::wstring>;
 
 // In functions, so that they stand before a host's own statics ask for them.
-SharedText& UserId() {
-    static SharedText text;
-    return text;
-}
-SharedText& UserToken() {
-    static SharedText text;
-    return text;
+Shared<TolmUser>& User() {
+    static Shared<TolmUser> user;
+    return user;
 }
 SharedText& Environment() {
     static SharedText text(L"production");
@@ -74,17 +71,20 @@ void CollaborationProjectSettingForPS::ClearRecoverSystemTypeRecordIds() {
     m_recoverIds.clear();
 }
 
+TolmUser TolmUserSessionUtils::GetUser() {
+    return User().Get();
+}
+
 std::wstring TolmUserSessionUtils::GetUserId() {
-    return UserId().Get();
+    return GetUser().id;
 }
 
 std::wstring TolmUserSessionUtils::GetUserToken() {
-    return UserToken().Get();
+    return GetUser().token;
 }
 
 void TolmUserSessionUtils::SetUser(const std::wstring& userId, const std::wstring& token) {
-    UserId().Set(userId);
-    UserToken().Set(token);
+    User().Set({userId, token});
 }
 
 std::wstring TolmKfeConfigUtil::GetCurrentEnv() {

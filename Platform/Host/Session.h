@@ -42,9 +42,18 @@ private:
     std::vector<std::wstring> m_recoverIds;
 };
 
-/// The user that is signed in. The token is a secret: it goes into the request header and nowhere else.
+/// A user and the token of this user's session.
+struct TolmUser {
+    std::wstring id;
+    std::wstring token;
+};
+
+/// The user that is signed in. The token is a secret: it goes into the request header and nowhere else. Any thread may
+/// call it; user and token change together.
 class TOLM_PLATFORM_API TolmUserSessionUtils {
 public:
+    /// Both of one login, where the two below may be of two.
+    static TolmUser GetUser();
     static std::wstring GetUserId();
     static std::wstring GetUserToken();
     static void SetUser(const std::wstring& userId, const std::wstring& token);

@@ -95,7 +95,7 @@ Connection::Connection(const std::wstring& path, bool create)
     : m_database(OpenFile(path, create), &sqlite3_close), m_open(m_database != nullptr) {
     if (m_open)
         m_open = sqlite3_busy_timeout(m_database.get(), kBusyTimeout) == SQLITE_OK &&
-                 Execute("PRAGMA foreign_keys=ON; PRAGMA temp_store=MEMORY; PRAGMA synchronous=FULL");
+                 Execute("PRAGMA foreign_keys=ON; PRAGMA temp_store=MEMORY; PRAGMA synchronous=EXTRA");
 }
 
 bool Connection::Execute(const char* statements) {

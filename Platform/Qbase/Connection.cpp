@@ -78,7 +78,8 @@ void Connection::Open(const std::string& path, bool create) {
 }
 
 /// Nothing that a file brings along is run or trusted. A working copy is worth nothing after a crash: it may reach the
-/// disk when the system likes.
+/// disk when the system likes. Elsewhere a commit is on disk when it says so: the folder is synced too, when the
+/// journal is gone from it, or a power cut could bring that back and undo the commit.
 void Connection::Configure(const std::string& path) {
     sqlite3_extended_result_codes(Get(), 1);
     sqlite3_busy_handler(Get(), OnBusy, this);
@@ -87,7 +88,7 @@ void Connection::Configure(const std::string& path) {
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
     const bool isCopy = WorkingCopyRegistry::Has(path);
-    Execute("PRAGMA cell_size_check=ON;PRAGMA synchronous=" + std::string(isCopy ? "OFF" : "FULL"));
+    Execute("PRAGMA cell_size_check=ON;PRAGMA synchronous=" + std::string(isCopy ? "OFF" : "EXTRA"));
 }
 
 Connection::File& Connection::AddFile(const std::string& schema, const std::string& path) {

@@ -68,7 +68,7 @@ std::shared_ptr<const Definition> ReadDefinition(const std::wstring& path, const
 } // namespace
 
 int ClassDefinition::Find(short attributeId) const {
-    const auto found = std::lower_bound(byId.begin(), byId.end(), std::pair<short, int>(attributeId, 0));
+    const auto found = std::ranges::lower_bound(byId, attributeId, {}, &std::pair<short, int>::first);
     return found != byId.end() && found->first == attributeId ? found->second : -1;
 }
 

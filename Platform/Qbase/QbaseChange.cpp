@@ -120,12 +120,7 @@ sqlite3_int64 CQbase::Impl::NextNumber() {
 }
 
 sqlite3_int64 CQbase::Impl::HighestNumber() {
-    std::string sql = "SELECT 0"; // one row for each table: the cheapest to prepare
-    for (std::size_t i = 0; i < m_definition->Classes().size(); ++i) {
-        if (TableAt(i).Exists())
-            sql += " UNION ALL SELECT max(seq) FROM " + TableAt(i).Name();
-    }
-    Statement numbers(m_connection->Get(), sql);
+    Statement numbers = SelectOfEachTable("max(seq)");
     sqlite3_int64 highest = 0;
     while (numbers.Step())
         highest = std::max(highest, numbers.Integer(0));

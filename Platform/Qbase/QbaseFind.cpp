@@ -44,14 +44,23 @@ void CQbase::Impl::CheckMayRead() {
         throw qbase::SqlFailure{SQLITE_BUSY};
 }
 
-QbaseError CQbase::Impl::Count(long& count) {
-    CheckMayRead();
+/// A row for each table of the file, and one with 0. Of all ways to ask many tables it is the cheapest to prepare.
+Statement CQbase::Impl::SelectOfEachTable(const std::string& expression) {
     std::string sql = "SELECT 0";
     for (std::size_t i = 0; i < m_definition->Classes().size(); ++i) {
         if (TableAt(i).Exists())
-            sql += "+(SELECT count(*) FROM " + TableAt(i).Name() + ")";
+            sql += " UNION ALL SELECT " + expression + " FROM " + TableAt(i).Name();
     }
-    count = static_cast<long>(m_connection->Query(sql));
+    return Statement(m_connection->Get(), sql);
+}
+
+QbaseError CQbase::Impl::Count(long& count) {
+    CheckMayRead();
+    Statement counts = SelectOfEachTable("count(*)");
+    sqlite3_int64 sum = 0;
+    while (counts.Step())
+        sum += counts.Integer(0);
+    count = static_cast<long>(sum);
     return QbaseError::None;
 }
 
@@ -108,7 +117,7 @@ void CQbase::Impl::Load(ClassTable& table, const Statement& row) {
 /// changes what was left, and this handle forgets what it changes itself.
 bool CQbase::Impl::ReturnTo(const ClassTable& table, const std::string& id) {
     const auto found = std::ranges::find_if(
-        m_left, [&](const Record& left) { return left.table == &table && IsAsStored(left) && left.id == id; });
+        m_left, [&](const Record& left) { return left.table == &table && left.id == id && IsAsStored(left); });
     if (found == m_left.end())
         return false;
     std::swap(m_record, *found);
@@ -153,10 +162,11 @@ QbaseError CQbase::Impl::FetchNextMember() {
     if (m_record.state == Record::State::None)
         return QbaseError::WrongState;
     CheckMayRead();
-    if (!CanPass(*m_record.table))
-        return QbaseError::NotFound;
-    if (m_member == nullptr || m_member->table != m_record.table)
+    if (m_member == nullptr || m_member->table != m_record.table) {
+        if (!CanPass(*m_record.table))
+            return QbaseError::NotFound;
         m_member = &CursorOf(m_memberCursors, *m_record.table);
+    }
     if (!GoOn(*m_member, m_record.number))
         return QbaseError::NotFound;
     Take(*m_member);

@@ -114,6 +114,7 @@ private:
     // QbaseFind.cpp
     QbaseError FindTable(const char* classCode, qbase::ClassTable*& table);
     qbase::ClassTable& TableAt(std::size_t position);
+    qbase::Statement SelectOfEachTable(const std::string& expression);
     bool HasRecord(qbase::ClassTable& table, const std::string& id);
     bool IsKnownAbsent(const qbase::ClassTable& table, const std::string& id) const;
     void CheckMayRead();

@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace vorn {
 namespace {
@@ -76,6 +77,15 @@ void Flush(const fs::path& folder) {
 
 void FlushFolderOf(const fs::path& file) {
     Flush(file.has_parent_path() ? file.parent_path() : fs::path("."));
+}
+
+/// The folders that get a new entry when this one is made with all above it.
+std::vector<fs::path> ParentsOfMissing(const fs::path& folder) {
+    std::vector<fs::path> parents;
+    std::error_code error;
+    for (fs::path at = folder; !at.empty() && !fs::exists(at, error); at = at.parent_path())
+        parents.push_back(at.has_parent_path() ? at.parent_path() : fs::path("."));
+    return parents;
 }
 
 /// A file beside the target that takes its place when it is complete and vanishes otherwise.
@@ -185,7 +195,9 @@ bool FileSystem::CreateDirectories(const std::wstring& path) {
     if (!native)
         return false;
     std::error_code error;
-    fs::create_directories(*native, error);
+    const auto parents = ParentsOfMissing(*native);
+    if (fs::create_directories(*native, error))
+        std::ranges::for_each(parents, Flush);
     return fs::is_directory(*native, error);
 }
 

@@ -4,20 +4,28 @@
 
 #include <algorithm>
 #include <atomic>
+#include <pthread.h>
 #include <sys/random.h>
-#include <unistd.h>
 
 namespace vorn {
 namespace {
 
 constinit std::atomic<GuidUtils::Generator> g_generator = nullptr;
 
+/// How often this process came out of a fork since it began to count. Asking the system for the process is dear.
+constinit std::atomic<unsigned> g_forks = 0;
+
+bool CountsForks() {
+    static const bool counts = pthread_atfork(nullptr, nullptr, [] { ++g_forks; }) == 0;
+    return counts;
+}
+
 /// Random bytes of the system for several GUIDs at a time, of one thread. A process that was forked asks anew.
 class RandomBytes {
 public:
     /// False when the system has none to give.
     bool Take(Guid& guid) {
-        if ((m_used == m_bytes.size() || m_process != getpid()) && !Fill())
+        if ((m_used == m_bytes.size() || m_forks != g_forks) && !Fill())
             return false;
         std::copy_n(m_bytes.begin() + m_used, guid.bytes.size(), guid.bytes.begin());
         m_used += guid.bytes.size();
@@ -25,15 +33,17 @@ public:
     }
 
 private:
+    /// Where nobody tells of forks there is no more than one to give.
     bool Fill() {
-        m_process = getpid();
-        m_used = getentropy(m_bytes.data(), m_bytes.size()) == 0 ? 0 : m_bytes.size();
-        return m_used == 0;
+        const std::size_t first = CountsForks() ? 0 : m_bytes.size() - sizeof(Guid::bytes);
+        m_forks = g_forks;
+        m_used = getentropy(m_bytes.data(), m_bytes.size()) == 0 ? first : m_bytes.size();
+        return m_used == first;
     }
 
     std::array<std::uint8_t, 256> m_bytes{}; // as many as are given at once
     std::size_t m_used = m_bytes.size();
-    pid_t m_process = 0;
+    unsigned m_forks = 0;
 };
 
 /// Version 4 of variant 1 (RFC 4122, section 4.4).

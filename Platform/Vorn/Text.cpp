@@ -132,17 +132,33 @@ template <class Character> std::size_t AsciiLength(std::basic_string_view<Charac
     return length;
 }
 
+/// The ASCII at the beginning in characters of another width. Blocks of a known length are moved as a whole.
+template <class To, class From> std::basic_string<To> AsciiOf(std::basic_string_view<From> text) {
+    std::array<From, 8> block;
+    std::basic_string<To> result(AsciiLength(text), To{});
+    To* const to = result.data();
+    std::size_t at = 0;
+    for (; at + block.size() <= result.size(); at += block.size()) {
+        std::memcpy(block.data(), text.data() + at, sizeof(block));
+        for (std::size_t i = 0; i < block.size(); ++i)
+            to[at + i] = static_cast<To>(block[i]);
+    }
+    for (; at < result.size(); ++at)
+        to[at] = static_cast<To>(text[at]);
+    return result;
+}
+
 } // namespace
 
 std::string StringUtil::ToString(std::wstring_view text) {
-    std::string result(text.begin(), text.begin() + AsciiLength(text));
+    std::string result = AsciiOf<char>(text);
     for (std::size_t at = result.size(); at < text.size();)
         AppendUtf8(result, TakeCharacter(text, at));
     return result;
 }
 
 std::wstring StringUtil::ToWString(std::string_view text) {
-    std::wstring result(text.begin(), text.begin() + AsciiLength(text));
+    std::wstring result = AsciiOf<wchar_t>(text);
     for (std::size_t at = result.size(); at < text.size();) {
         const Decoded next = DecodeNext(text, at);
         AppendCharacter(result, next.character);

@@ -1,12 +1,16 @@
 #include "Converge/HostProcess.h"
 
+#include "Support/Canary.h"
+
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <iostream>
 #include <stdexcept>
+#include <string_view>
 
 namespace tolmtest {
 namespace {
@@ -21,19 +25,21 @@ std::array<int, 2> Pipe() {
 
 } // namespace
 
-HostProcess::HostProcess() {
+HostProcess::HostProcess() : m_errors("what a host says of errors") {
     const auto in = Pipe();
     const auto out = Pipe();
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, in[0], STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, m_errors.ChildsEnd(), STDERR_FILENO);
     std::string path = TOLM_CONVERGE_HOST;
     std::array<char*, 2> arguments{path.data(), nullptr};
     const int code = posix_spawn(&m_pid, path.c_str(), &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     close(in[0]);
     close(out[1]);
+    m_errors.Begin();
     m_to = in[1];
     m_from = out[0];
     if (code != 0)
@@ -45,6 +51,7 @@ HostProcess::~HostProcess() {
     close(m_from);
     if (m_pid > 0)
         waitpid(m_pid, nullptr, 0);
+    std::cerr << m_errors.Finish();
 }
 
 void HostProcess::Tell(const nlohmann::json& command) const {
@@ -63,6 +70,7 @@ nlohmann::json HostProcess::Answer() {
         m_read.append(bytes.data(), static_cast<std::size_t>(count));
         end = m_read.find('\n');
     }
+    SearchForSecrets("the answer of a host", std::string_view(m_read).substr(0, end));
     const auto answer = nlohmann::json::parse(m_read.substr(0, end));
     m_read.erase(0, end + 1);
     return answer;

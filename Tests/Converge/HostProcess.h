@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Support/SearchedChannel.h"
+
 #include <nlohmann/json.hpp>
 
 #include <string>
@@ -29,6 +31,7 @@ private:
     int m_from = -1;
     pid_t m_pid = -1;
     std::string m_read;
+    SearchedChannel m_errors;
 };
 
 } // namespace tolmtest

@@ -1,6 +1,7 @@
 // One operation on a dataset in a process of its own, which the power is cut for at one of its changes:
 //   tolm-crash-process OPERATION FOLDER ADDRESS CHANGE kept|dropped|torn SEED
-// CHANGE 0 lets it come to its end; it prints how many changes it made. Exit code 0 for true, 1 for false.
+// CHANGE 0 lets it come to its end; it prints how many changes it made. One more than these cuts the power when the
+// operation has said true. Exit code 0 for true, 1 for false.
 
 #include "Host/Session.h"
 #include "StoreSupport/DatasetWorks.h"
@@ -18,10 +19,15 @@ int main(int argc, char** argv) {
     tolm::CollaborationProjectSettingForPS::Open({vorn::StringUtil::ToWString(argv[3]), L"P1", L"W1", 30'000'000});
     tolm::TolmUserSessionUtils::SetUser(L"user-1", L"secret-token");
     tolm::TolmFilePathSettings::SetCurrentDatasetFilePath(path);
+    tolmtest::UseUnknowingCategories();
     tolmtest::FaultyFiles files(folder);
-    if (const long change = std::stol(argv[4]); change > 0)
+    const long change = std::stol(argv[4]);
+    if (change > 0)
         files.CutPowerAt(change, tolmtest::FaultyFiles::UnsyncedOf(argv[5]), std::stoull(argv[6]));
-    const bool said = tolmtest::FindDatasetWork(argv[1]).run({path, folder + L"/combined.db", folder});
+    const bool said =
+        tolmtest::FindDatasetWork(argv[1]).run({path, folder + L"/combined.db", folder + L"/beside/files"});
+    if (said && change == files.Changes() + 1)
+        files.CutPower();
     std::cout << files.Changes() << "\n";
     return said ? 0 : 1;
 }

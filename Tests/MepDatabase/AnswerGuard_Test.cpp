@@ -14,7 +14,8 @@ using namespace std::chrono_literals;
 class Answer : public testing::Test {
 protected:
     const AnswerGuard::Clock::time_point start = AnswerGuard::Clock::now();
-    AnswerGuard guard{1s};
+    static constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 30;
+    AnswerGuard guard{1s, {kMostBytes, 60}, start};
 };
 
 TEST_F(Answer, MayGrowAndStandStill) {
@@ -28,8 +29,8 @@ TEST_F(Answer, NeverShrinks) {
 }
 
 TEST_F(Answer, IsNotEndless) {
-    EXPECT_NO_THROW(guard.Check(AnswerGuard::kMostBytes, start));
-    EXPECT_THROW(guard.Check(AnswerGuard::kMostBytes + 1, start), std::runtime_error);
+    EXPECT_NO_THROW(guard.Check(kMostBytes, start));
+    EXPECT_THROW(guard.Check(kMostBytes + 1, start), std::runtime_error);
     EXPECT_THROW(guard.Check(std::numeric_limits<std::uint64_t>::max() - 1, start), std::runtime_error);
 }
 
@@ -43,10 +44,24 @@ TEST_F(Answer, BringsItsShareInEachTimeOut) {
     EXPECT_THROW(guard.Check(10 * 65'536, start + 11'001ms), std::runtime_error);
 }
 
-TEST_F(Answer, MayTakeAsLongAsTheLongestTimeOutSays) {
-    AnswerGuard patient(std::chrono::microseconds(std::numeric_limits<int>::max()));
+TEST_F(Answer, IsGivenUpInTheEndHoweverMuchItBrings) {
+    EXPECT_NO_THROW(guard.Check(0, start));
+    EXPECT_NO_THROW(guard.Check(kMostBytes, start + 60s));
+    EXPECT_THROW(guard.Check(kMostBytes, start + 60'001ms), std::runtime_error);
+}
+
+TEST_F(Answer, CountsTheTimeFromTheBeginningOfTheCall) {
+    AnswerGuard brief(1s, {100, 4}, start);
+    EXPECT_NO_THROW(brief.CheckSent(start + 4s));
+    EXPECT_THROW(brief.CheckSent(start + 4001ms), std::runtime_error);
+    EXPECT_NO_THROW(brief.Check(0, start + 3900ms));
+    EXPECT_THROW(brief.Check(1, start + 4001ms), std::runtime_error);
+}
+
+TEST_F(Answer, MayTakeTheLongestTimeOutThatThereIs) {
+    AnswerGuard patient(std::chrono::microseconds(std::numeric_limits<int>::max()), {kMostBytes, 60}, start);
     EXPECT_NO_THROW(patient.Check(0, start));
-    EXPECT_NO_THROW(patient.Check(AnswerGuard::kMostBytes, start + 24h * 300));
+    EXPECT_NO_THROW(patient.Check(kMostBytes, start + 35h));
 }
 
 } // namespace

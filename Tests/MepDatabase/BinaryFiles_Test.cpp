@@ -3,6 +3,7 @@
 #include "MepDatabase/BinaryFiles.h"
 #include "Qbase/Qbase.h"
 #include "Support/DebugWarnings.h"
+#include "Support/FaultyFiles.h"
 #include "Support/TempFolder.h"
 #include "Vorn/Files.h"
 #include "Vorn/Text.h"
@@ -77,7 +78,7 @@ protected:
         tolm::DataSetFilePath::TOLMDDQFilePath = definition;
     }
 
-    tolm::BinaryFileFolder Folder() const { return {folder.Path(), folder.File(L"products.db")}; }
+    tolm::BinaryFileFolder Folder() const { return {folder.Path(), folder.File(L"products.db"), synchronised}; }
     std::string Native(const wstring& name) const { return vorn::FileSystem::ToNative(folder.File(name)); }
     void Put(const wstring& name, const std::string& content) const { std::ofstream(Native(name)) << content; }
     std::string Content(const wstring& name) const {
@@ -91,6 +92,7 @@ protected:
 
     TempFolder folder;
     const wstring dataset = folder.File(L"set.db");
+    wstring synchronised; ///< the dataset that is synchronised, where it is another one
     const wstring definition = tolm::DataSetFilePath::TOLMDDQFilePath;
 };
 
@@ -106,13 +108,13 @@ TEST_F(BinaryFiles, AFileIsWrittenReplacedAndRemoved) {
 }
 
 TEST_F(BinaryFiles, TheFolderComesIntoBeing) {
-    tolm::BinaryFileFolder deep(folder.File(L"a\\b"), L"");
+    tolm::BinaryFileFolder deep(folder.File(L"a\\b"), L"", L"");
     deep.Write(L"f", "x");
     EXPECT_EQ(Content(L"a/b/f"), "x");
 }
 
 TEST_F(BinaryFiles, WithoutAFolderNothingIsWritten) {
-    tolm::BinaryFileFolder none(L"", L"");
+    tolm::BinaryFileFolder none(L"", L"", L"");
     EXPECT_THROW(none.Write(L"f", "x"), std::runtime_error);
     EXPECT_THROW(none.Remove(L"f"), std::runtime_error);
 }
@@ -172,7 +174,7 @@ TEST_F(BinaryFiles, AnotherNameOfTheDatasetIsRefused) {
 }
 
 TEST_F(BinaryFiles, ANameLikeTheDatasetsInAnotherFolderIsAllowed) {
-    tolm::BinaryFileFolder other(folder.File(L"files"), folder.File(L"products.db"));
+    tolm::BinaryFileFolder other(folder.File(L"files"), folder.File(L"products.db"), synchronised);
     EXPECT_NO_THROW(other.Write(L"set.db", "x"));
     EXPECT_EQ(Content(L"files/set.db"), "x");
 }
@@ -193,7 +195,7 @@ TEST_F(BinaryFiles, OnlyRegularFilesAreOverwrittenOrRemoved) {
 
 TEST_F(BinaryFiles, AFolderThatIsAFileCannotBeWrittenTo) {
     Put(L"file", "x");
-    tolm::BinaryFileFolder wrong(folder.File(L"file"), L"");
+    tolm::BinaryFileFolder wrong(folder.File(L"file"), L"", L"");
     EXPECT_THROW(wrong.Write(L"f", "x"), std::runtime_error);
 }
 
@@ -238,6 +240,39 @@ TEST_F(BinaryFiles, AFileThatIsNoStoreIsTheClouds) {
     EXPECT_NO_THROW(Folder().Write(L"f", ""));
     EXPECT_NO_THROW(Folder().Write(L"f", "x"));
     EXPECT_EQ(Content(L"f"), "x");
+}
+
+TEST_F(BinaryFiles, AFileOfWhichNobodyCanTellWhetherItIsAStoreIsRefused) {
+    Put(L"f", "precious");
+    tolm::DataSetFilePath::TOLMDDQFilePath = folder.File(L"none.ddq");
+    ExpectRefused(L"f");
+    tolm::DataSetFilePath::TOLMDDQFilePath = folder.File(L"classes.ddq");
+    EXPECT_EQ(Content(L"f"), "precious");
+    EXPECT_NO_THROW(Folder().Remove(L"f"));
+}
+
+TEST_F(BinaryFiles, AStoreThatTheDiskDoesNotGiveIsRefused) {
+    FaultyFiles files(folder.Path());
+    {
+        CQbase store;
+        ASSERT_TRUE(store.openDatabase(definition, folder.File(L"other.db"), true));
+    }
+    const std::string before = Content(L"other.db");
+    files.FailAt(1, FaultyFiles::Lasts::ForGood);
+    ExpectRefused(L"other.db");
+    EXPECT_TRUE(files.HasFailed());
+    files.Rest();
+    EXPECT_EQ(Content(L"other.db"), before);
+}
+
+TEST_F(BinaryFiles, TheDatasetThatIsSynchronisedIsRefusedBesideTheHostsOpenOne) {
+    synchronised = folder.File(L"other.db");
+    for (const wchar_t* name : {L"other.db", L"other_Status.db", L"other_temp.db", L"other_Status_temp.db"})
+        for (const wchar_t* suffix : {L"", L"-journal", L"-wal", L"-shm"})
+            ExpectRefused(wstring(name) + suffix);
+    ExpectRefused(L"OTHER.DB");
+    ExpectRefused(L"set.db");
+    EXPECT_NO_THROW(Folder().Write(L"third.db", "x"));
 }
 
 TEST_F(BinaryFiles, WithoutAnOpenDatasetTheRestIsStillRefused) {

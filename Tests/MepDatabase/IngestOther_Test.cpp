@@ -420,5 +420,17 @@ TEST_F(OtherContent, AFailedRemovalIsReportedAndTheWalkGoesOn) {
     EXPECT_EQ(TakeDebugWarningsWithFunction(), Warnings(2, L"MepQbaseUtil::DeleteOtherContent: 删除单文件失败"));
 }
 
+TEST_F(OtherContent, TheFilesOfTheDatasetThatIsSynchronisedAreKept) {
+    const wstring dataset = files + L"\\other.db";
+    const auto add = Row("{'BinaryTable':[{'fileName':'other.db','length':3,'data':'Zm9v'}]}");
+    const auto del = Row("{'BinaryTable':[{'fileName':'other_Status.db'}]}");
+    EXPECT_TRUE(util.AddOtherContent(add.as_object(), &qb, products, files, dataset));
+    EXPECT_TRUE(util.DeleteOtherContent(del.as_object(), &qb, products, files, dataset));
+    EXPECT_TRUE(util.MergeOtherContent(add, del, &qb, nullptr, products, files, dataset));
+    EXPECT_FALSE(FileExists(L"other.db"));
+    EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"BinaryTable:下载文件失败", L"删除单文件失败", L"删除单文件失败",
+                                             L"BinaryTable:下载文件失败"}));
+}
+
 } // namespace
 } // namespace tolmtest

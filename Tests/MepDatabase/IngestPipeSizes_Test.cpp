@@ -200,6 +200,19 @@ TEST_F(PipeSizeIngest, WhatWasSavedBeforeAFailureStays) {
     EXPECT_EQ(Text("PSI", L"s1", schema::kMaterialId), L"m1");
 }
 
+TEST_F(PipeSizeIngest, ASpoiltListLeavesTheOldContentAndTheNewName) {
+    Sync(kSizes);
+    const auto sizes = Sizes();
+    const auto roughness = Double("PSI", L"s1", schema::kRoughness);
+    Sync(With(kSizes, "{'text':'later','parentID':'m2','content':{'roughness':9.5,'sizeList':[7]}}"));
+    EXPECT_EQ(Text("PSI", L"s1", schema::kName), L"later");
+    EXPECT_EQ(Text("PSI", L"s1", schema::kMaterialId), L"m2");
+    EXPECT_NE(roughness, std::nullopt);
+    EXPECT_EQ(Double("PSI", L"s1", schema::kRoughness), roughness);
+    EXPECT_EQ(Sizes(), sizes);
+    EXPECT_EQ(TakeLogLines(), (Lines{L"not an object"}));
+}
+
 TEST_F(PipeSizeIngest, ValuesOfAnotherTypeSpoilTheElement) {
     Sync(With(kMaterial, "{'ID':1}"));
     Sync(With(kMaterial, "{'parentID':null}"));

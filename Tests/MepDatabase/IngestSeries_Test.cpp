@@ -130,6 +130,23 @@ TEST_F(SerieIngest, ATraySeriesWhoseShapeHasNoSizeTableKeepsItsLink) {
 TEST_F(SerieIngest, ATraySeriesNeedsItsShape) {
     EXPECT_FALSE(Sync(Row("{'ID':'s1','name':'n'}"), 3, 3));
     EXPECT_EQ(TakeLogLines(), (Lines{L"Key not found"}));
+    EXPECT_EQ(Text("SMS", L"s1", schema::kName), L"n");
+    EXPECT_EQ(Count("COS"), 0);
+}
+
+TEST_F(SerieIngest, ASpoiltParentLeavesTheOldLinkAndWhatCameBefore) {
+    for (const short type : {short{1}, short{2}, short{4}}) {
+        const wstring id = L"s" + std::to_wstring(type);
+        const std::string named = "{'ID':'s" + std::to_string(type) + "','name':";
+        EXPECT_TRUE(Sync(Row(named + "'n','parentID':'p'}"), type));
+        EXPECT_FALSE(Sync(Row(named + "'later','parentID':7}"), type));
+        EXPECT_EQ(Text("SMS", id, schema::kName), L"later");
+        EXPECT_EQ(Text("SMS", id, type == 4 ? schema::kSizeModuleId : schema::kSerieGroupId), L"p");
+    }
+    EXPECT_FALSE(Sync(Row("{'ID':'new','name':'n','parentID':7}")));
+    EXPECT_EQ(Text("SMS", L"new", schema::kName), L"n");
+    EXPECT_EQ(Count("COS"), 3);
+    EXPECT_EQ(TakeLogLines().size(), 4U);
 }
 
 TEST_F(SerieIngest, ASecondDownloadReusesTheConnectionSeriesAndReplacesItsFittings) {

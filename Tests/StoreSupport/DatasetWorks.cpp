@@ -1,5 +1,6 @@
 #include "StoreSupport/DatasetWorks.h"
 
+#include "Host/Categories.h"
 #include "Host/Definitions.h"
 #include "MepDatabase/DatasetPaths.h"
 #include "MepDatabase/MepQbaseUtil.h"
@@ -35,6 +36,15 @@ bool Delete(const WorkPlace& place) {
 bool Pull(const WorkPlace& place) {
     return Util().SyncDataFromCloud(false, nullptr, place.path, Definition(), place.combinedPath, place.binaryFolder,
                                     nullptr);
+}
+
+/// Takes back in what the cloud removed and a work unit needs.
+bool PullAndRecover(const WorkPlace& place) {
+    tolm::RecoverDataInfo info;
+    info.idMap[L"y1"] = L"";
+    return Util().SyncDataFromCloud(false, nullptr, place.path, Definition(), place.combinedPath, place.binaryFolder,
+                                    &info) &&
+           info.recovered;
 }
 
 bool Read(const WorkPlace& place) {
@@ -120,6 +130,7 @@ constexpr DatasetWork kWorks[] = {
     {"delete", Delete},
     {"stamp", [](const WorkPlace& place) { return Util().SetLocalVersion(place.path, Definition(), 7); }},
     {"pull", Pull},
+    {"pull and recover", PullAndRecover},
     {"repair", Repair},
     {"merge", Merge},
     {"upload", Upload},
@@ -132,6 +143,10 @@ constexpr DatasetWork kWorks[] = {
 
 std::span<const DatasetWork> DatasetWorks() {
     return kWorks;
+}
+
+void UseUnknowingCategories() {
+    tolm::TolmCategoryInfoUtilsHandler::Get().SetUtils(tolm::CreateCategoryInfoUtils(L""));
 }
 
 const DatasetWork& FindDatasetWork(const std::string& name) {

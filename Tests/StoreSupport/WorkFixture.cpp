@@ -1,5 +1,8 @@
 #include "StoreSupport/WorkFixture.h"
 
+#include "Host/Categories.h"
+#include "StoreSupport/RichCloud.h"
+
 namespace tolmtest {
 namespace {
 
@@ -53,6 +56,24 @@ void LoadAndKeepOne(WorkFixture& fixture) {
     fixture.CloudMoves();
 }
 
+void FillRichlyAlone(WorkFixture& fixture) {
+    fixture.FillCloudRichly();
+}
+void LoadRichlyAndMove(WorkFixture& fixture) {
+    fixture.LoadRichly();
+    fixture.RichCloudMoves();
+}
+void LoadRichlyAndKeepOne(WorkFixture& fixture) {
+    fixture.LoadRichly();
+    ASSERT_TRUE(fixture.Run("edit"));
+    ASSERT_TRUE(fixture.Run("create"));
+    fixture.RichCloudMoves();
+}
+void LoadRichlyAndLoseASystemType(WorkFixture& fixture) {
+    fixture.LoadRichly();
+    fixture.CloudRemovesASystemType();
+}
+
 /// A creation, an edit and a deletion, which the cloud takes.
 void LoadAndChangeAll(WorkFixture& fixture) {
     fixture.Load();
@@ -76,29 +97,42 @@ void LoadAndDrift(WorkFixture& fixture) {
 
 const std::vector<PreparedWork>& PreparedWorks() {
     static const std::vector<PreparedWork> works{
-        {"FirstEdit", "edit", LoadAlone, true},
-        {"FurtherEdit", "edit", LoadAndChange, true},
-        {"Creation", "create", LoadAlone, true},
-        {"Deletion", "delete", LoadAlone, true},
+        {"FirstEdit", "edit", LoadAlone, true, {}, false, 1, true},
+        {"FurtherEdit", "edit", LoadAndChange, true, {}, false, 1, true},
+        {"Creation", "create", LoadAlone, true, {}, false, 1, true},
+        {"Deletion", "delete", LoadAlone, true, {}, false, 1, true},
         {"VersionStamp", "stamp", LoadAlone, true},
         {"IncrementalPull", "pull", LoadAndMoveCloud, false},
         {"FirstPull", "pull", FillCloudAlone, false},
-        {"EditOfAnOlderFile", "edit", LoadAndAge, true},
+        {"EditOfAnOlderFile", "edit", LoadAndAge, true, {}, false, 1, true},
+        {"RichPull", "pull", LoadRichlyAndMove, false, {}, false, 11},
+        {"RichFirstPull", "pull", FillRichlyAlone, false, {}, false, 17},
+        {"PullThatRecovers", "pull and recover", LoadRichlyAndLoseASystemType, false, {}, false, 3, true},
+        {"RichMerge", "merge", LoadRichlyAndKeepOne, true, {}, false, 89},
         {"NameRepair", "repair", LoadAndClash, false},
-        {"MergeThatKeepsAChange", "merge", LoadAndKeepOne, true},
-        {"MergeThatKeepsNone", "merge", LoadAndLose, false},
+        {"MergeThatKeepsAChange", "merge", LoadAndKeepOne, true, {}, false, 17},
+        {"MergeThatKeepsNone", "merge", LoadAndLose, false, {}, false, 17},
         {"Upload", "upload", LoadAndChangeAll, true},
         {"UploadOfADeletion", "upload", LoadAndDelete, true},
         {"UploadThatNotesTheTime", "upload and note time", LoadAndChangeAll, true, {"upload"}, true},
         {"UploadTableByTable", "upload tables", LoadAndChangeAll, true, {"upload"}, true},
-        {"MergeAndUpload", "synchronise", LoadAndDrift, true, {"merge", "upload"}},
-        {"MergeWithNothingLeftToUpload", "synchronise", LoadAndLose, true, {"merge"}},
+        {"MergeAndUpload", "synchronise", LoadAndDrift, true, {"merge", "upload"}, false, 17},
+        {"MergeWithNothingLeftToUpload", "synchronise", LoadAndLose, true, {"merge"}, false, 17},
     };
     return works;
 }
 
 std::string PreparedWorkName(const testing::TestParamInfo<PreparedWork>& info) {
     return info.param.title;
+}
+
+/// Combined products are read with a category service, though it knows no category.
+WorkFixture::WorkFixture() {
+    UseUnknowingCategories();
+}
+
+WorkFixture::~WorkFixture() {
+    tolm::TolmCategoryInfoUtilsHandler::Get().SetUtils({});
 }
 
 void WorkFixture::FillCloud() {
@@ -113,6 +147,23 @@ void WorkFixture::Load() {
 void WorkFixture::CloudMoves() {
     CloudHas(3, Rows({MaterialRow("m1", "bronze"), MaterialRow("m3", "zinc")}),
              Rows({MaterialRow("m1", "copper"), MaterialRow("m2", "steel")}));
+}
+
+void WorkFixture::FillCloudRichly() {
+    CloudHas(2, RichIncrement());
+}
+
+void WorkFixture::LoadRichly() {
+    FillCloudRichly();
+    ASSERT_TRUE(Run("pull"));
+}
+
+void WorkFixture::RichCloudMoves() {
+    CloudHas(3, RichFurtherIncrement());
+}
+
+void WorkFixture::CloudRemovesASystemType() {
+    CloudHas(3, RichLossOfASystemType());
 }
 
 void WorkFixture::CloudTakes(int version) {

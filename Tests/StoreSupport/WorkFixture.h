@@ -19,6 +19,8 @@ struct PreparedWork {
     /// Operations whose ends are states that this one passes through on disk by design, one after the other.
     std::vector<const char*> stages{};
     bool mayStay = false; ///< what was left behind in such a state is not made up for by doing it again
+    long tryOneOf = 1;    ///< of so many faults, where an operation has many
+    bool notes = false; ///< it notes a change beside the data, which goes unnoted where the status store does not open
 };
 
 const std::vector<PreparedWork>& PreparedWorks();
@@ -30,18 +32,31 @@ inline void PrintTo(const PreparedWork& work, std::ostream* out) {
 /// A dataset, a service that answers what an operation needs, and the operations.
 class WorkFixture : public RefreshFixture {
 public:
+    WorkFixture();
+    ~WorkFixture() override;
+
     /// A cloud with two materials, at version 2.
     void FillCloud();
     /// Two materials that came from the cloud, at version 2.
     void Load();
     /// The cloud goes on: one material edited, one new, one gone.
     void CloudMoves();
+    /// A cloud with records of most classes, at version 2.
+    void FillCloudRichly();
+    /// And what came from there.
+    void LoadRichly();
+    /// That cloud goes on: in each table one record edited, one new, one gone.
+    void RichCloudMoves();
+    /// The cloud removes the system type "y1" and a binary file.
+    void CloudRemovesASystemType();
     /// The service takes what is sent. It says the same version before and after.
     void CloudTakes(int version);
     const wstring& Path() const { return path; }
-    bool Run(const char* work) { return FindDatasetWork(work).run({path, combinedPath, binaryFolder}); }
+    bool Run(const char* work) { return FindDatasetWork(work).run({path, combinedPath, filesFolder}); }
 
 protected:
+    const wstring filesFolder = folder.File(L"beside/files");
+
     void Prepare(const PreparedWork& work);
 };
 

@@ -4,12 +4,15 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <mutex>
+#include <set>
+#include <unordered_map>
 #include <utility>
 
 namespace tolmtest {
@@ -24,24 +27,57 @@ std::string Widened(const std::string& text, std::size_t width) {
     return wide;
 }
 
-constexpr std::ptrdiff_t kForms = 3;
-constexpr std::size_t kMostForms = 20 * kForms;
+/// Texts that are looked for all at once, in a time that does not grow with their number.
+class Needles {
+public:
+    void Add(std::string needle) {
+        if (needle.size() < sizeof(Beginning)) {
+            m_brief.insert(std::move(needle));
+            return;
+        }
+        auto& needles = m_byBeginning[BeginningOf(needle.data())];
+        if (std::find(needles.begin(), needles.end(), needle) == needles.end())
+            needles.push_back(std::move(needle));
+    }
+
+    bool AreIn(std::string_view bytes) const {
+        for (std::size_t at = 0; at + sizeof(Beginning) <= bytes.size(); ++at) {
+            const auto found = m_byBeginning.find(BeginningOf(bytes.data() + at));
+            if (found != m_byBeginning.end() && StandsAt(bytes.substr(at), found->second))
+                return true;
+        }
+        return std::any_of(m_brief.begin(), m_brief.end(), [&](const std::string& needle) {
+            return memmem(bytes.data(), bytes.size(), needle.data(), needle.size()) != nullptr;
+        });
+    }
+
+private:
+    using Beginning = std::uint64_t;
+
+    static Beginning BeginningOf(const char* bytes) {
+        Beginning beginning = 0;
+        std::memcpy(&beginning, bytes, sizeof beginning);
+        return beginning;
+    }
+    static bool StandsAt(std::string_view bytes, const std::vector<std::string>& needles) {
+        return std::any_of(needles.begin(), needles.end(),
+                           [&](const std::string& needle) { return bytes.starts_with(needle); });
+    }
+
+    std::unordered_map<Beginning, std::vector<std::string>> m_byBeginning;
+    std::set<std::string> m_brief;
+};
 
 struct Watch {
     std::mutex mutex;
-    std::vector<std::string> forms;
+    Needles needles;
     std::vector<std::string> leaks;
 
     Watch() { Add("secret-token"); }
 
     void Add(const std::string& secret) {
-        for (const std::size_t width : {std::size_t{1}, std::size_t{2}, std::size_t{4}}) {
-            const std::string form = Widened(secret, width);
-            if (std::find(forms.begin(), forms.end(), form) == forms.end())
-                forms.push_back(form);
-        }
-        if (forms.size() > kMostForms) // the oldest but for the first secret
-            forms.erase(forms.begin() + kForms, forms.begin() + 2 * kForms);
+        for (const std::size_t width : {std::size_t{1}, std::size_t{2}, std::size_t{4}})
+            needles.Add(Widened(secret, width));
     }
 };
 
@@ -68,9 +104,7 @@ void WatchForSecret(const std::string& secret) {
 bool HoldsSecret(std::string_view bytes) {
     Watch& watch = TheWatch();
     const std::lock_guard lock(watch.mutex);
-    return std::any_of(watch.forms.begin(), watch.forms.end(), [&](const std::string& form) {
-        return memmem(bytes.data(), bytes.size(), form.data(), form.size()) != nullptr;
-    });
+    return watch.needles.AreIn(bytes);
 }
 
 bool HoldsSecret(std::wstring_view text) {

@@ -7,10 +7,11 @@
 namespace tolmtest {
 
 /// The canary: secrets that nothing may ever tell of. Every log line, debug warning, notification and file of a
-/// temporary folder is searched for them while the tests run, and a test that leaks one fails. "secret-token", the
-/// token of each `TestSession`, is watched for from the start. Any thread may call these.
+/// temporary folder, and all that child processes say, is searched for them while the tests run, and a test that leaks
+/// one fails. "secret-token", the token of each `TestSession`, is watched for from the start. Any thread may call
+/// these.
 
-/// Watches for one more, until many others came after it.
+/// Watches for one more, for as long as the process runs.
 void WatchForSecret(const std::string& secret);
 
 /// Whether the bytes hold a secret, as UTF-8 or as wide characters of two or four bytes.

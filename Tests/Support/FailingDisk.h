@@ -7,7 +7,8 @@
 
 namespace tolmtest {
 
-/// Stands before SQLite's file layer and lets the n-th write, sync or deletion from now on fail, and all after it.
+/// Stands before SQLite's file layer and lets the n-th write, sync or deletion from now on fail, and all after it. A
+/// write that fails has written a half.
 class FailingDisk {
 public:
     FailingDisk() : m_real(*sqlite3_vfs_find(nullptr)), m_shim(m_real) {
@@ -65,7 +66,9 @@ private:
         return s_disk->Fails() ? SQLITE_IOERR_DELETE : s_disk->m_real.xDelete(&s_disk->m_real, name, sync);
     }
     static int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 at) {
-        return s_disk->Fails() ? s_disk->m_code : s_disk->m_methods.xWrite(file, bytes, count, at);
+        const bool fails = s_disk->Fails();
+        const int code = s_disk->m_methods.xWrite(file, bytes, fails ? count / 2 : count, at);
+        return fails ? s_disk->m_code : code;
     }
     static int Sync(sqlite3_file* file, int flags) {
         return s_disk->Fails() ? SQLITE_IOERR_FSYNC : s_disk->m_methods.xSync(file, flags);

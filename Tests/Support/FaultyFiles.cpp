@@ -1,12 +1,10 @@
 #include "Support/FaultyFiles.h"
 
-#include "Support/UnsyncedWrites.h"
+#include "Support/FaultyFilesState.h"
 #include "Vorn/Files.h"
 
 #include <sqlite3.h>
 
-#include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -14,109 +12,6 @@
 #include <utility>
 
 namespace tolmtest {
-
-/// What is to fail, and what was counted. The table of open files and the writes that are not synced yet.
-class FaultyFiles::State {
-public:
-    State(std::string folder, sqlite3_vfs* real) : m_folder(std::move(folder)), m_real(real) {}
-
-    sqlite3_vfs* Real() const { return m_real; }
-    bool Watches(const char* path) const {
-        return path != nullptr && std::strncmp(path, m_folder.c_str(), m_folder.size()) == 0;
-    }
-
-    void Reset() {
-        m_calls = m_changes = 0;
-        m_failAt = m_cutAt = 0;
-        m_diskLeft = -1;
-        m_hasFailed = false;
-        m_failedPath.clear();
-        m_unsynced.Forget();
-    }
-    void FailAt(long number, Lasts lasts) {
-        Reset();
-        m_failAt = number;
-        m_lasts = lasts;
-    }
-    void FillDiskAfter(std::int64_t bytes) {
-        Reset();
-        m_diskLeft = bytes;
-    }
-    void CutPowerAt(long number, Unsynced unsynced, std::uint64_t seed) {
-        Reset();
-        m_cutAt = number;
-        m_kept = unsynced;
-        m_seed = seed;
-    }
-
-    /// True when this call is to fail.
-    bool Read(const char* path) { return Count(path); }
-    bool Change(const char* path) {
-        if (++m_changes == m_cutAt)
-            CutPower();
-        return Count(path);
-    }
-    /// True when the disk is too full for so many bytes.
-    bool IsFull(const char* path, int bytes) {
-        if (m_diskLeft < 0)
-            return false;
-        const bool full = bytes > m_diskLeft;
-        m_diskLeft = full ? 0 : m_diskLeft - bytes;
-        if (full)
-            NoteFailure(path);
-        return full;
-    }
-
-    void BeforeDeletions(std::function<void(const std::string&)> action) { m_beforeDeletion = std::move(action); }
-    void TellOfDeletion(const char* path) const {
-        if (m_beforeDeletion)
-            m_beforeDeletion(path);
-    }
-
-    bool CutsPower() const { return m_cutAt != 0; }
-    UnsyncedWrites& Log() { return m_unsynced; }
-    long Calls() const { return m_calls; }
-    long Changes() const { return m_changes; }
-    bool HasFailed() const { return m_hasFailed; }
-    const std::string& FailedPath() const { return m_failedPath; }
-
-private:
-    bool Count(const char* path) {
-        ++m_calls;
-        const bool fails = m_failAt != 0 && (m_calls == m_failAt || (m_lasts == Lasts::ForGood && m_calls > m_failAt));
-        if (fails)
-            NoteFailure(path);
-        return fails;
-    }
-
-    void NoteFailure(const char* path) {
-        if (!m_hasFailed)
-            m_failedPath = path;
-        m_hasFailed = true;
-    }
-
-    [[noreturn]] void CutPower() {
-        if (m_kept != Unsynced::Kept)
-            m_unsynced.Lose(m_kept == Unsynced::Torn, m_seed);
-        std::raise(SIGKILL);
-        std::abort();
-    }
-
-    std::string m_folder;
-    sqlite3_vfs* m_real;
-    long m_calls = 0;
-    long m_changes = 0;
-    long m_failAt = 0;
-    Lasts m_lasts = Lasts::Once;
-    std::int64_t m_diskLeft = -1;
-    long m_cutAt = 0;
-    Unsynced m_kept = Unsynced::Kept;
-    std::uint64_t m_seed = 0;
-    bool m_hasFailed = false;
-    std::string m_failedPath;
-    UnsyncedWrites m_unsynced;
-    std::function<void(const std::string&)> m_beforeDeletion;
-};
 
 namespace {
 
@@ -126,7 +21,8 @@ using State = FaultyFiles::State;
 struct WatchedFile {
     sqlite3_file base;
     State* state;
-    char* path; ///< as SQLite keeps it for as long as the file is open
+    char* path;       ///< as SQLite keeps it for as long as the file is open
+    bool syncsFolder; ///< with its first sync, as SQLite's own files do
 
     sqlite3_file* Real() { return reinterpret_cast<sqlite3_file*>(this + 1); }
 };
@@ -145,28 +41,34 @@ int Close(sqlite3_file* file) {
     return code;
 }
 
+/// A read that fails has brought a part of the bytes. A disk ends none early but at the end of a file: the system asks
+/// again, and gets the rest or an error.
 int Read(sqlite3_file* file, void* bytes, int count, sqlite3_int64 at) {
-    if (Of(file).state->Read(Of(file).path))
-        return SQLITE_IOERR_READ;
     sqlite3_file* const real = Of(file).Real();
-    return real->pMethods->xRead(real, bytes, count, at);
+    if (!Of(file).state->Look(Of(file).path, "read"))
+        return real->pMethods->xRead(real, bytes, count, at);
+    std::memset(bytes, 0xA5, static_cast<std::size_t>(count));
+    real->pMethods->xRead(real, bytes, count / 2, at);
+    return SQLITE_IOERR_READ;
 }
 
+/// A write that fails has written a part, what fits on a disk that fills up.
 int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 at) {
     State& state = *Of(file).state;
-    if (state.Change(Of(file).path))
-        return SQLITE_IOERR_WRITE;
-    if (state.IsFull(Of(file).path, count))
-        return SQLITE_FULL;
+    const bool fails = state.Change(Of(file).path, "write");
+    const int room = fails ? count / 2 : state.Room(Of(file).path, count);
     if (state.CutsPower())
         state.Log().AddWrite(Of(file).path, at, bytes, static_cast<std::size_t>(count));
     sqlite3_file* const real = Of(file).Real();
-    return real->pMethods->xWrite(real, bytes, count, at);
+    const int code = room > 0 ? real->pMethods->xWrite(real, bytes, room, at) : SQLITE_OK;
+    if (fails)
+        return SQLITE_IOERR_WRITE;
+    return room < count ? SQLITE_FULL : code;
 }
 
 int Truncate(sqlite3_file* file, sqlite3_int64 size) {
     State& state = *Of(file).state;
-    if (state.Change(Of(file).path))
+    if (state.Change(Of(file).path, "truncate"))
         return SQLITE_IOERR_TRUNCATE;
     if (state.CutsPower())
         state.Log().AddTruncation(Of(file).path, size);
@@ -177,17 +79,23 @@ int Truncate(sqlite3_file* file, sqlite3_int64 size) {
 /// Counts, and is done: the system itself goes on running in a test.
 int Sync(sqlite3_file* file, int) {
     State& state = *Of(file).state;
-    if (state.Change(Of(file).path))
+    if (state.Change(Of(file).path, "sync"))
         return SQLITE_IOERR_FSYNC;
     state.Log().Sync(Of(file).path);
+    if (std::exchange(Of(file).syncsFolder, false))
+        state.Log().SyncFolderOf(Of(file).path);
     return SQLITE_OK;
 }
 
 int FileSize(sqlite3_file* file, sqlite3_int64* size) {
+    if (Of(file).state->Look(Of(file).path, "size"))
+        return SQLITE_IOERR_FSTAT;
     sqlite3_file* const real = Of(file).Real();
     return real->pMethods->xFileSize(real, size);
 }
 int Lock(sqlite3_file* file, int level) {
+    if (Of(file).state->Look(Of(file).path, "lock"))
+        return SQLITE_IOERR_LOCK;
     sqlite3_file* const real = Of(file).Real();
     return real->pMethods->xLock(real, level);
 }
@@ -232,36 +140,56 @@ constexpr sqlite3_io_methods kMethods{1,
                                       nullptr,
                                       nullptr};
 
+bool Stands(const char* path) {
+    return ::access(path, F_OK) == 0;
+}
+
+/// The flags with which a file opens that may not be written, as the system's own layer falls back to them.
+int ForReadingOnly(int flags) {
+    return (flags & ~(SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE)) | SQLITE_OPEN_READONLY;
+}
+
 int Open(sqlite3_vfs* vfs, sqlite3_filename path, sqlite3_file* file, int flags, int* outFlags) {
     State& state = StateOf(vfs);
     if (!state.Watches(path))
         return state.Real()->xOpen(state.Real(), path, file, flags, outFlags);
     auto* const watched = new (file) WatchedFile{};
-    const bool creates = (flags & SQLITE_OPEN_CREATE) != 0 && ::access(path, F_OK) != 0;
-    if (creates ? state.Change(path) : state.Read(path))
+    const bool creates = (flags & SQLITE_OPEN_CREATE) != 0 && !Stands(path);
+    if (creates ? state.Change(path, "create") : state.Look(path, "open"))
         return SQLITE_CANTOPEN;
-    const int code = state.Real()->xOpen(state.Real(), path, watched->Real(), flags, outFlags);
+    const int asked = state.OpensForReadingOnly(path) ? ForReadingOnly(flags) : flags;
+    const int code = state.Real()->xOpen(state.Real(), path, watched->Real(), asked, outFlags);
     if (code != SQLITE_OK)
         return code;
+    if (creates && state.CutsPower())
+        state.Log().AddCreation(path);
     watched->state = &state;
     watched->path = sqlite3_mprintf("%s", path);
+    watched->syncsFolder = creates && (flags & (SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_SUPER_JOURNAL)) != 0;
     watched->base.pMethods = &kMethods;
     return SQLITE_OK;
 }
 
 int Delete(sqlite3_vfs* vfs, const char* path, int syncFolder) {
     State& state = StateOf(vfs);
-    if (state.Watches(path)) {
-        state.TellOfDeletion(path);
-        if (::access(path, F_OK) == 0 && state.Change(path))
-            return SQLITE_IOERR_DELETE;
-        state.Log().Forget(path);
-    }
-    return state.Real()->xDelete(state.Real(), path, syncFolder);
+    if (!state.Watches(path))
+        return state.Real()->xDelete(state.Real(), path, syncFolder);
+    state.TellOfDeletion(path);
+    if (Stands(path) && (state.OpensForReadingOnly(path) || state.Change(path, "delete")))
+        return SQLITE_IOERR_DELETE;
+    if (state.CutsPower())
+        state.Log().AddDeletion(path);
+    const int code = state.Real()->xDelete(state.Real(), path, syncFolder);
+    if (syncFolder != 0)
+        state.Log().SyncFolderOf(path);
+    return code;
 }
 
 int Access(sqlite3_vfs* vfs, const char* path, int flags, int* result) {
-    return StateOf(vfs).Real()->xAccess(StateOf(vfs).Real(), path, flags, result);
+    State& state = StateOf(vfs);
+    if (state.Watches(path) && state.Look(path, "access"))
+        return SQLITE_IOERR_ACCESS;
+    return state.Real()->xAccess(state.Real(), path, flags, result);
 }
 int FullPathname(sqlite3_vfs* vfs, const char* path, int size, char* whole) {
     return StateOf(vfs).Real()->xFullPathname(StateOf(vfs).Real(), path, size, whole);
@@ -286,6 +214,10 @@ sqlite3_vfs& Layer() {
 }
 
 } // namespace
+
+FaultyFiles::State* FaultyFiles::State::Living() {
+    return static_cast<State*>(Layer().pAppData);
+}
 
 FaultyFiles::Unsynced FaultyFiles::UnsyncedOf(const std::string& name) {
     if (name == "kept")
@@ -328,6 +260,15 @@ void FaultyFiles::FailAt(long number, Lasts lasts) {
 void FaultyFiles::FillDiskAfter(std::int64_t bytes) {
     m_state->FillDiskAfter(bytes);
 }
+void FaultyFiles::RefuseChanges() {
+    m_state->RefuseChanges();
+}
+void FaultyFiles::OpenForReadingOnly(std::string part) {
+    m_state->OpenForReadingOnly(std::move(part));
+}
+void FaultyFiles::CutPower() {
+    m_state->CutPower();
+}
 void FaultyFiles::CutPowerAt(long number, Unsynced unsynced, std::uint64_t seed) {
     m_state->CutPowerAt(number, unsynced, seed);
 }
@@ -348,6 +289,9 @@ bool FaultyFiles::HasFailed() const {
 }
 std::string FaultyFiles::FailedPath() const {
     return m_state->FailedPath();
+}
+std::string FaultyFiles::FailedCall() const {
+    return m_state->FailedCall();
 }
 
 } // namespace tolmtest

@@ -5,7 +5,7 @@
 
 namespace tolmtest {
 
-/// The files of a folder, to be put back. What lies in folders within it is no part of it, and goes.
+/// The files of a folder and of the folders within it, to be put back.
 class FolderContent {
 public:
     explicit FolderContent(std::wstring folder);

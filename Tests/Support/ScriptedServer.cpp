@@ -256,7 +256,12 @@ public:
         const auto sent = std::string_view(bytes).substr(0, answer.cutAfter);
         if (answer.reset)
             SetReset(fd);
-        const bool isSent = answer.byteByByte ? SendByteByByte(fd, sent, answer.pace) : SendAll(fd, sent);
+        const auto send = [&](std::string_view part) {
+            return answer.byteByByte ? SendByteByByte(fd, part, answer.pace) : SendAll(fd, part);
+        };
+        const bool isSent = send(sent);
+        while (!answer.endlessly.empty() && send(answer.endlessly)) {
+        }
         if (answer.staysOpen)
             WaitFor(fd, POLLRDHUP, -1);
         return isSent && sent.size() == bytes.size() && !answer.reset && !answer.raw;

@@ -40,6 +40,7 @@ struct ScriptedAnswer {
     std::chrono::milliseconds pace{0};  ///< waits so long behind each byte, where they are sent by themselves
     bool reset = false;                 ///< ends the connection behind the answer with a reset
     std::optional<std::string> raw;     ///< sends these bytes for status, headers and body, and ends the connection
+    std::string endlessly;              ///< sends these bytes behind it again and again, until the peer ends it
     bool staysOpen = false;             ///< leaves the connection open, silent, until the peer ends it
 
     /// 200 and application/json with this body.

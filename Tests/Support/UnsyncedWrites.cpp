@@ -1,9 +1,10 @@
 #include "Support/UnsyncedWrites.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
+#include <utility>
 
 namespace tolmtest {
 namespace {
@@ -13,6 +14,11 @@ constexpr std::size_t kSector = 512;
 std::vector<char> ContentOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void Store(const std::string& path, const std::vector<char>& content) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc)
+        .write(content.data(), static_cast<std::streamsize>(content.size()));
 }
 
 void Put(std::vector<char>& content, std::size_t at, const char* bytes, std::size_t count) {
@@ -38,8 +44,57 @@ void UnsyncedWrites::AddTruncation(const std::string& path, std::int64_t size) {
     FileAt(path).changes.push_back({true, size, {}});
 }
 
+void UnsyncedWrites::AddDeletion(const std::string& path) {
+    if (std::filesystem::exists(path))
+        m_steps.push_back({Step::Kind::Deletion, path, {}, SyncedContentOf(path), true});
+    m_files.erase(path);
+}
+
+void UnsyncedWrites::AddRename(const std::string& from, const std::string& to) {
+    m_steps.push_back({Step::Kind::Rename, from, to, SyncedContentOf(to), std::filesystem::exists(to)});
+    m_files.erase(to);
+    if (auto file = m_files.extract(from)) {
+        file.key() = to;
+        m_files.insert(std::move(file));
+    }
+}
+
+void UnsyncedWrites::SyncFolderOf(const std::string& path) {
+    SyncFolder(std::filesystem::path(path).parent_path().string());
+}
+
+void UnsyncedWrites::SyncFolder(const std::string& folder) {
+    std::erase_if(m_steps, [&](const Step& step) { return std::filesystem::path(step.path).parent_path() == folder; });
+}
+
+std::vector<char> UnsyncedWrites::SyncedContentOf(const std::string& path) const {
+    const auto found = m_files.find(path);
+    return found != m_files.end() ? found->second.synced : ContentOf(path);
+}
+
 void UnsyncedWrites::Lose(bool torn, std::uint64_t seed) const {
     std::mt19937_64 chance(seed);
+    LoseWrites(torn, chance);
+    const std::size_t kept = torn ? chance() % (m_steps.size() + 1) : 0;
+    for (std::size_t i = m_steps.size(); i > kept; --i)
+        Undo(m_steps[i - 1]);
+}
+
+void UnsyncedWrites::Undo(const Step& step) {
+    switch (step.kind) {
+    case Step::Kind::Creation:
+        std::filesystem::remove_all(step.path);
+        return;
+    case Step::Kind::Deletion:
+        return Store(step.path, step.content);
+    case Step::Kind::Rename:
+        std::filesystem::rename(step.to, step.path);
+        if (step.stood)
+            Store(step.to, step.content);
+    }
+}
+
+void UnsyncedWrites::LoseWrites(bool torn, std::mt19937_64& chance) const {
     for (const auto& [path, file] : m_files) {
         auto content = file.synced;
         for (const auto& change : file.changes) {
@@ -56,8 +111,7 @@ void UnsyncedWrites::Lose(bool torn, std::uint64_t seed) const {
                         std::min(kSector, change.bytes.size() - from));
             }
         }
-        std::ofstream(path, std::ios::binary | std::ios::trunc)
-            .write(content.data(), static_cast<std::streamsize>(content.size()));
+        Store(path, content);
     }
 }
 

@@ -4,7 +4,9 @@
 #include "Support/FaultyFiles.h"
 #include "Vorn/Text.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <set>
 
 /// Pull, edit, merge and upload on datasets in places that are not plain: what they say is what is on disk.
@@ -183,37 +185,84 @@ TEST_F(BadPlaces, APointInTheFolderAloneLeavesTheFolderBesideAlone) {
     EXPECT_EQ(Tree(), (std::set<std::string>{Native(folder.File(L"my.project")), Native(at)}));
 }
 
-/// Root may write anywhere: the folder is read-only because every change beneath the store fails.
-TEST_F(BadPlaces, AReadOnlyFolderKeepsTheDatasetAsItIs) {
-    Load();
-    ASSERT_TRUE(Run("create"));
-    CloudMoves();
-    const Facts before = StoreFacts(path);
-    FaultyFiles files(folder.Path());
-    for (const char* work : {"pull", "edit", "create", "delete", "merge", "stamp"}) {
-        files.FillDiskAfter(0);
-        TakeNotifications();
-        EXPECT_FALSE(Run(work)) << work;
-        EXPECT_TRUE(files.HasFailed()) << work;
-        files.Rest();
-        ExpectTold(work);
+/// Root may write anywhere: that a folder or file may not be written is the answer of the layer beneath the store.
+class UnwritablePlaces : public BadPlaces {
+protected:
+    UnwritablePlaces() {
+        Load();
+        EXPECT_TRUE(Run("create"));
+        before = StoreFacts(path);
+    }
+
+    void ExpectUnchanged(const std::string& work) const {
         EXPECT_EQ(StoreFacts(path), before) << work;
         EXPECT_EQ(ChangesAt(path), "m9:1") << work;
     }
+
+    /// Expects that each operation says that it failed, and that everything stays as it is; it can be read.
+    void ExpectNothingDone(const std::function<void()>& protect) {
+        CloudMoves();
+        for (const char* work : {"pull", "edit", "create", "delete", "merge", "stamp"}) {
+            protect();
+            TakeNotifications();
+            EXPECT_FALSE(Run(work)) << work;
+            ExpectTold(work);
+            EXPECT_TRUE(Run("read")) << work;
+            files.Rest();
+            ExpectUnchanged(work);
+        }
+    }
+
+    std::size_t UploadsAsked() const {
+        return static_cast<std::size_t>(std::ranges::count(server.Paths(), "/api/UpLoad/P1"));
+    }
+
+    Facts before;
+    FaultyFiles files{folder.Path()};
+};
+
+TEST_F(UnwritablePlaces, AReadOnlyFolderKeepsTheDatasetAsItIs) {
+    ExpectNothingDone([&] { files.RefuseChanges(); });
+}
+
+TEST_F(UnwritablePlaces, FilesThatOpenForReadingOnlyKeepTheDatasetAsItIs) {
+    ExpectNothingDone([&] { files.OpenForReadingOnly("set"); });
+}
+
+/// The status store does not open for writing then: the change stands, and is not noted.
+TEST_F(UnwritablePlaces, AnEditBesideAStatusStoreForReadingOnlyGoesUnnoted) {
+    files.OpenForReadingOnly("set_Status");
+    EXPECT_TRUE(Run("edit"));
+    files.Rest();
+    EXPECT_EQ(NamesAt(path), "brass,steel,brass");
+    EXPECT_EQ(ChangesAt(path), "m9:1");
 }
 
 /// The service has the changes then; that they could not be marked as sent is told.
-TEST_F(BadPlaces, AnUploadFromAReadOnlyFolderIsNoSuccess) {
-    Load();
-    ASSERT_TRUE(Run("create"));
-    server.On("/api/UpLoad/", ScriptedAnswer::Data(R"({"version":4})"));
-    FaultyFiles files(folder.Path());
+TEST_F(UnwritablePlaces, AnUploadFromAReadOnlyFolderIsNoSuccess) {
+    files.RefuseChanges();
+    EXPECT_FALSE(UploadAt(path));
+    files.Rest();
+    EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"RemoveFile 失败"}));
+    EXPECT_EQ(UploadsAsked(), 1U);
+    ExpectUnchanged("upload");
+}
+
+/// What could not be marked as sent is not sent.
+TEST_F(UnwritablePlaces, AnUploadOfFilesForReadingOnlySendsNothing) {
+    files.OpenForReadingOnly("set");
+    EXPECT_FALSE(UploadAt(path));
+    files.Rest();
+    EXPECT_EQ(UploadsAsked(), 0U);
+    ExpectUnchanged("upload");
+}
+
+TEST_F(UnwritablePlaces, AnUploadOfFilesThatCannotBeReadSendsNothing) {
     files.FailAt(1, FaultyFiles::Lasts::ForGood);
     EXPECT_FALSE(UploadAt(path));
     files.Rest();
-    TakeDebugWarnings();
-    EXPECT_EQ(ChangesAt(path), "m9:1");
-    EXPECT_TRUE(server.Paths().back() != "/api/UpLoad/P1");
+    EXPECT_EQ(UploadsAsked(), 0U);
+    ExpectUnchanged("upload");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "StoreSupport/FaultLoop.h"
 #include "StoreSupport/WorkFixture.h"
 #include "Support/ChildProcess.h"
+#include "Support/TriedPoints.h"
 #include "Vorn/Text.h"
 
 #include <algorithm>
@@ -12,9 +13,9 @@ namespace tolmtest {
 namespace {
 
 /// How many of the points are tried: every one with 1.
-long Stride() {
+long Stride(long ofFaults) {
     const char* const text = std::getenv("TOLM_CRASH_STRIDE");
-    return text == nullptr ? 7 : std::max(1L, std::atol(text));
+    return text == nullptr ? 7 + ofFaults : std::max(1L, std::atol(text));
 }
 
 /// An operation on a dataset during which the power is cut, again and again, each time before another change of its
@@ -32,9 +33,13 @@ protected:
         return process.Wait();
     }
 
-    /// The dataset must be as it was or as it is to be; from then on it stays so.
+    /// The dataset must be as it was or as it is to be; from then on it stays so. Where it is as it is to be, so is
+    /// what belongs to it.
     void ExpectOldOrNew(const std::string& where) {
         const Facts facts = DatasetFacts(path);
+        if (facts == m_after) {
+            EXPECT_TRUE(Same(m_companionsAfter, CompanionFacts(path))) << where;
+        }
         if (facts != m_after && std::ranges::find(m_between, facts) == m_between.end()) {
             EXPECT_TRUE(Same(m_before, facts)) << where;
         }
@@ -49,6 +54,11 @@ protected:
         }
     }
 
+    void CutInEachWay(const FolderContent& start, long change) {
+        for (const char* const unsynced : {"kept", "dropped", "torn"})
+            CutOnce(start, change, unsynced, change);
+    }
+
     void CutOnce(const FolderContent& start, long change, const std::string& unsynced, long seed) {
         const std::string where = std::string(GetParam().name) + ", change " + std::to_string(change) + ", " +
                                   unsynced + ", seed " + std::to_string(seed);
@@ -56,6 +66,9 @@ protected:
         ASSERT_EQ(Run(GetParam().name, change, unsynced, seed), -SIGKILL) << where;
         const FolderContent wreck(folder.Path());
         ExpectOldOrNew(where);
+        if (change > m_wholeChanges) {
+            EXPECT_TRUE(Same(m_after, DatasetFacts(path))) << where << ": said true";
+        }
         for (long again = 1; !HasFailure(); ++again) { // the recovery is interrupted too
             wreck.PutBack();
             if (Run("read", again, unsynced, seed + again) >= 0)
@@ -71,12 +84,15 @@ protected:
         const Facts facts = DatasetFacts(path);
         const bool stays = GetParam().mayStay && facts == left && left != m_before;
         EXPECT_TRUE(stays || Same(m_after, facts)) << where;
+        EXPECT_TRUE(Same(m_companionsAfter, CompanionFacts(path))) << where;
     }
 
     Facts m_before;
     Facts m_after;
+    Facts m_companionsAfter;
     std::vector<Facts> m_between;
     long m_changes = 0;
+    long m_wholeChanges = 0; ///< of the operation without a cut
     long m_points = 0;
 };
 
@@ -84,15 +100,16 @@ TEST_P(PowerCuts, LeaveTheOldOrTheNew) {
     const FolderContent start(folder.Path());
     m_before = DatasetFacts(path);
     ASSERT_EQ(Run(GetParam().name, 0, "kept", 0), 0);
-    const long changes = m_changes;
-    ASSERT_GT(changes, 0);
+    m_wholeChanges = m_changes;
+    ASSERT_GT(m_wholeChanges, 0);
     m_after = DatasetFacts(path);
+    m_companionsAfter = CompanionFacts(path);
     PlayStages(start);
-    for (long change = 1; change <= changes && !HasFailure(); change += Stride()) {
-        for (const char* const unsynced : {"kept", "dropped", "torn"})
-            CutOnce(start, change, unsynced, change);
-    }
-    std::cout << m_points << " power cuts, " << (HasFailure() ? 1 : 0) << " failures\n";
+    const long stride = Stride(GetParam().tryOneOf);
+    for (long change = 1; change <= m_wholeChanges && !HasFailure(); change += stride)
+        CutInEachWay(start, change);
+    CutInEachWay(start, m_wholeChanges + 1); // when it has said true
+    TellTriedPoints("power cuts", GetParam().title, m_points);
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, PowerCuts, testing::ValuesIn(PreparedWorks()), PreparedWorkName);

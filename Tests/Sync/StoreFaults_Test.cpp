@@ -1,7 +1,6 @@
 #include "StoreSupport/FaultLoop.h"
 #include "StoreSupport/WorkFixture.h"
-
-#include <string_view>
+#include "Support/TriedPoints.h"
 
 namespace tolmtest {
 namespace {
@@ -12,9 +11,11 @@ class StoreFaults : public WorkFixture, public testing::WithParamInterface<Prepa
 TEST_P(StoreFaults, LeaveTheOldOrTheNewAndAreTold) {
     Prepare(GetParam());
     FaultLoop loop(folder.Path(), path, [this] { return Run(GetParam().name); });
-    for (const wchar_t* text : {L"复制文件失败 exception", L"删除文件失败 exception", L"ducplicateFilesSucc为false",
-                                L"覆盖文件失败", L"此条目没有name字段: ", L"fetchNextRec 失败", L"RemoveFile 失败",
-                                L"mergeSucc 失败", L"bSucc 失败", L"getCloudDataSucc 为false"})
+    for (const wchar_t* text :
+         {L"复制文件失败 exception", L"删除文件失败 exception", L"ducplicateFilesSucc为false", L"覆盖文件失败",
+          L"此条目没有name字段: ", L"fetchNextRec 失败", L"RemoveFile 失败", L"mergeSucc 失败", L"bSucc 失败",
+          L"getCloudDataSucc 为false", L"ductSeriesType:下载风管类型失败", L"pipeFittingGroup:下载管配件组合的分组失败",
+          L"CircuitTemplate:下载回路模板失败", L"Combination_:下载组合设备失败"})
         loop.MayWarnOf(text);
     std::vector<const char*> stages;
     for (const char* const stage : GetParam().stages) {
@@ -26,10 +27,12 @@ TEST_P(StoreFaults, LeaveTheOldOrTheNewAndAreTold) {
     }
     if (GetParam().mayStay)
         loop.MayStay();
-    if (const std::string_view name = GetParam().name; name == "merge" || name == "synchronise")
-        loop.TryOneOf(17);
+    if (GetParam().notes)
+        loop.MayGoUnnoted();
+    if (GetParam().tryOneOf > 1)
+        loop.TryOneOf(GetParam().tryOneOf);
     loop.Run();
-    std::cout << loop.Runs() << " faults\n";
+    TellTriedPoints("faults", GetParam().title, loop.Runs());
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, StoreFaults, testing::ValuesIn(PreparedWorks()), PreparedWorkName);

@@ -1,6 +1,7 @@
 #include "Support/ChildProcess.h"
 #include "Support/FaultyFiles.h"
 #include "Support/FolderContent.h"
+#include "Support/TriedPoints.h"
 #include "Tolm/Profile.h"
 #include "Tools/TwoUsers.h"
 
@@ -13,6 +14,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+constexpr const char* kKept = "kept";
 constexpr const char* kRemoveBrass =
     R"({"format": "tolm-change", "formatVersion": 1, "remove": {"ConfigTree": ["s2", "m2"]}})";
 
@@ -176,7 +178,7 @@ TEST_P(SyncFaults, AreMadeUpForByTheNextSync) {
     FailAll([&](long number) { files.FailAt(number, Lasts::ForGood); }, 1, "for good");
     FailAll([&](long number) { files.FillDiskAfter(number * 512); }, 0, "full disk");
     EXPECT_GT(m_points, 0);
-    std::cout << m_points << " faults\n";
+    TellTriedPoints("faults", std::string("tolm sync, ") + GetParam().title, m_points);
 }
 
 TEST_P(SyncFaults, OfThePowerAreMadeUpForByTheNextSync) {
@@ -186,13 +188,20 @@ TEST_P(SyncFaults, OfThePowerAreMadeUpForByTheNextSync) {
     const long changes = m_changes;
     ASSERT_GT(changes, 0);
     for (long change = 1; change <= changes && !HasFailure(); change += Stride("TOLM_CRASH_STRIDE", 29)) {
-        for (const char* const unsynced : {"kept", "dropped", "torn"}) {
+        for (const char* const unsynced : {kKept, "dropped", "torn"}) {
             StartAnew();
             ASSERT_EQ(CutPower(change, unsynced), -SIGKILL);
+            if (unsynced != kKept) // what makes up for it is interrupted too
+                m_points += CutPower(1 + change * 7 % 61, unsynced) == -SIGKILL ? 1 : 0;
             Judge(tolmcli::Failed, std::to_string(change) + ' ' + unsynced);
         }
     }
-    std::cout << m_points << " power cuts\n";
+    for (const char* const unsynced : {"dropped", "torn"}) {
+        StartAnew();
+        ASSERT_EQ(CutPower(changes + 1, unsynced), -SIGKILL);
+        Judge(tolmcli::Failed, std::string("behind its end, ") + unsynced);
+    }
+    TellTriedPoints("power cuts", std::string("tolm sync, ") + GetParam().title, m_points);
 }
 
 /// The comparison takes a status store that it cannot read for one without changes.

@@ -6,6 +6,7 @@
 #include "Tolm/ProgressBar.h"
 #include "Tolm/Snapshot.h"
 #include "Tolm/TextTable.h"
+#include "Tolm/VersionStamp.h"
 
 #include "Vorn/Text.h"
 
@@ -114,13 +115,14 @@ StepResult AfterFailure(Workplace& place, const std::string& what) {
 /// The service tells whoever sent changes first of the version that these made. A higher one is told where another
 /// program sent this dataset's changes and others followed: of those nothing is here.
 StepResult StampVersion(Workplace& place, const Comparison& comparison, const char* word) {
-    const int version = place.Dataset().GetCloudVersion(comparison.project);
+    const long version = place.Dataset().GetCloudVersion(comparison.project);
     if (comparison.cloud >= 1 && version > comparison.cloud + 1)
         return {false, "", "another program sent the changes, and the cloud moved on"};
-    if (TakeSnapshot(place.Path()).version > comparison.local)
-        return {false, "", "another program synchronised the dataset meanwhile"};
-    if (version < 1 || !place.Dataset().SetLocalVersion(version))
+    long standing = version;
+    if (version < 1 || !ReplaceVersion(place.Path(), comparison.local, standing))
         return AfterFailure(place, nullptr, "the changes were sent, but the new version could not be noted");
+    if (standing != version)
+        return {false, "", "another program synchronised the dataset meanwhile"};
     return {true, word, ""};
 }
 
@@ -181,8 +183,9 @@ StepResult Merge(Workplace& place, const Comparison& comparison) {
     const MergeEnd end = EndOfMerge(messages);
     // The dataset holds the cloud's version then. Without a version it would load everything again and keep what
     // others remove meanwhile, or be refused for the changes that are left.
+    long version = cloud;
     if (end.merged && comparison.local <= 0)
-        place.Dataset().SetLocalVersion(cloud);
+        ReplaceVersion(place.Path(), comparison.local, version);
     return AfterFailure(place, RefusalIn(messages), end.words);
 }
 

@@ -90,8 +90,9 @@ StepResult TellWhyNotComparable(CloudRun& run, const Comparison& comparison) {
                   Refused);
 }
 
-StepResult FillFromDataset(CloudRun& run, const Comparison& comparison) {
+StepResult FillFromDataset(CloudRun& run, Comparison comparison) {
     PrepareToFillFromDataset(run.place);
+    comparison.local = 0;
     run.before.changes = TakeSnapshot(run.place.Path()).changes;
     StepResult result = Push(run.place, comparison);
     if (result.done)

@@ -163,8 +163,8 @@ constexpr Attribute<Record> List(short id) {
                 int byteCount = 0;
                 if (!qb.getBinaryArray(at, bytes, byteCount))
                     return true;
-                for (const auto& entry : Unpack(Layout, bytes.data(), std::min(byteCount, bytes.dataLen())))
-                    (record.*Adder)(entry);
+                ForEachEntry(Layout, bytes.data(), std::min(byteCount, bytes.dataLen()),
+                             [&](const auto& entry) { (record.*Adder)(entry); });
                 return bytes.dataLen() > 0;
             }};
 }

@@ -81,13 +81,14 @@ bool IsFile(const fs::path& path, const wstring& name, const wstring& hostFile) 
                                         IsSamePlace(FolderOf(path), FolderOf(other)));
 }
 
-/// Asked through the object database: to open a store past it and close it again drops the process's locks.
-bool IsStore(const wstring& path) {
+/// True also where nobody can tell. Asked through the object database: to open a store past it and close it again
+/// drops the process's locks.
+bool MayBeStore(const wstring& path) {
     CQbase file;
     if (file.openDatabase(DataSetFilePath::TOLMDDQFilePath, path, false))
         return true;
     const auto error = static_cast<QbaseError>(file.getLastError());
-    return error == QbaseError::Locked || error == QbaseError::NewerVersion;
+    return error != QbaseError::NotAStore && error != QbaseError::NotFound;
 }
 
 /// The name without this ending; empty when it ends otherwise or is nothing else.
@@ -137,21 +138,29 @@ bool IsPlainFileName(const wstring& name) {
     return std::none_of(name.begin(), name.end(), IsForbidden);
 }
 
-BinaryFileFolder::BinaryFileFolder(const wstring& folder, const wstring& combinedProductFilePath) : m_folder(folder) {
-    const wstring dataset = TolmFilePathSettings::GetCurrentDatasetFilePath();
-    const DatasetPaths companions = DatasetPaths::Of(dataset);
-    for (const wstring& file : {dataset, companions.status, companions.temporary, companions.temporaryStatus,
-                                combinedProductFilePath, DataSetFilePath::TOLMDDQFilePath})
-        if (!file.empty())
-            for (const wchar_t* suffix : kDatabaseSuffixes)
-                m_hostFiles.push_back(file + suffix);
+BinaryFileFolder::BinaryFileFolder(const wstring& folder, const wstring& combinedProductFilePath,
+                                   const wstring& datasetFilePath)
+    : m_folder(folder) {
+    Keep(combinedProductFilePath);
+    Keep(DataSetFilePath::TOLMDDQFilePath);
+    for (const wstring& dataset : {datasetFilePath, TolmFilePathSettings::GetCurrentDatasetFilePath()}) {
+        const DatasetPaths companions = DatasetPaths::Of(dataset);
+        for (const wstring& file : {dataset, companions.status, companions.temporary, companions.temporaryStatus})
+            Keep(file);
+    }
+}
+
+void BinaryFileFolder::Keep(const wstring& database) {
+    if (!database.empty())
+        for (const wchar_t* suffix : kDatabaseSuffixes)
+            m_hostFiles.push_back(database + suffix);
 }
 
 bool BinaryFileFolder::BelongsToAStore(const wstring& name) const {
     const auto owners = PossibleOwners(name);
     return std::any_of(owners.begin(), owners.end(), [&](const wstring& owner) {
         const wstring path = m_folder + L"\\" + owner;
-        return vorn::FileInfo(path).Exists() && IsStore(path);
+        return vorn::FileInfo(path).Exists() && MayBeStore(path);
     });
 }
 
@@ -174,7 +183,7 @@ wstring BinaryFileFolder::PathOf(const wstring& name) const {
 
 /// Once for all files: each of them is on disk, and now which files there are.
 BinaryFileFolder::~BinaryFileFolder() {
-    if (m_isFilled)
+    if (m_isChanged)
         vorn::FileUtility::FlushFolder(m_folder);
 }
 
@@ -183,12 +192,13 @@ void BinaryFileFolder::Write(const wstring& name, const std::string& bytes) {
     if (!vorn::FileSystem::CreateDirectories(m_folder) ||
         !vorn::FileUtility::SaveOneOfMany(path, bytes.data(), bytes.size()))
         throw std::runtime_error("The file cannot be written: " + Told(name));
-    m_isFilled = true;
+    m_isChanged = true;
 }
 
-void BinaryFileFolder::Remove(const wstring& name) const {
+void BinaryFileFolder::Remove(const wstring& name) {
     if (!vorn::FileSystem::RemoveFile(PathOf(name)))
         throw std::runtime_error("The file cannot be removed: " + Told(name));
+    m_isChanged = true;
 }
 
 } // namespace tolm

@@ -5,7 +5,9 @@
 
 #include <cpprest/json.h>
 
+#include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace tolm {
@@ -51,5 +53,9 @@ using CloudReader = std::function<bool(CloudAnswer&)>;
 /// connection outlives the call, so that no request is ever repeated behind the caller's back; redirects are not
 /// followed, so that the token goes to the base address alone.
 CloudOutcome RunCloudCall(TolmProjectSettingHttpUtility& client, const CloudCall& call, const CloudReader& read);
+
+/// The time-out of the calls that heed none of the host's; nothing restores the HTTP library's own. For tests, which
+/// would take half a minute for each.
+void SetLibraryTimeOut(std::optional<std::chrono::microseconds> timeOut);
 
 } // namespace tolm

@@ -169,7 +169,7 @@ void CloudRefresh::Delete(const web::json::object& del) {
     for (const CloudTableRow& table : SeriesTables)
         m_store.SyncDeletedMaterialSerie(del, m_qb, table.name());
     Advance();
-    m_store.DeleteOtherContent(del, m_qb, m_paths.combinedProducts, m_paths.binaryFolder);
+    m_store.DeleteOtherContent(del, m_qb, m_paths.combinedProducts, m_paths.binaryFolder, m_paths.dataset);
     Advance();
 }
 
@@ -183,7 +183,7 @@ void CloudRefresh::Add(web::json::object& add) {
     for (const CloudTableRow& table : SeriesTables)
         AddSeries(add, table);
     Advance();
-    m_store.AddOtherContent(add, m_qb, m_paths.combinedProducts, m_paths.binaryFolder);
+    m_store.AddOtherContent(add, m_qb, m_paths.combinedProducts, m_paths.binaryFolder, m_paths.dataset);
     Advance();
 }
 

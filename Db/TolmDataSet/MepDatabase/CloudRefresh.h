@@ -24,6 +24,7 @@ public:
         wstring definition;
         wstring combinedProducts;
         wstring binaryFolder;
+        wstring dataset; ///< the store's own path
     };
 
     /// Lost units are reported in the name of `site`. `progress` and `recoverInfo` may be null.

@@ -138,7 +138,7 @@ constexpr SerieForm kSerieForms[] = {
 
 // --- fittings
 
-constexpr JsonCell<Fitting> kFitting[] = {
+constexpr auto kFitting = ByKey<Fitting>({
     {"id", [](const Fitting& fitting) { return JsonText(fitting.m_pComponent->GetId()); }},
     {"version", [](const Fitting& fitting) { return JsonInteger(fitting.m_pComponent->GetVersion()); }},
     {"categoryCode", [](const Fitting& fitting) { return JsonText(fitting.m_pComponent->GetCategoryCode()); }},
@@ -147,7 +147,7 @@ constexpr JsonCell<Fitting> kFitting[] = {
     {"max", [](const Fitting& fitting) { return value::number(FiniteNumber(fitting.secondSizeBound)); }},
     {"publicComponentId",
      [](const Fitting& fitting) { return JsonText(std::to_wstring(fitting.m_pComponent->GetPublicComponentId())); }},
-};
+});
 
 /// The key that fittings of a part type stand under. The first row that fits counts; `kAnyType` fits every object type.
 struct FittingKeyRow {

@@ -34,12 +34,12 @@ using PipeEntry = ProjectSettingPipeSize;
 using DuctEntry = ProjectSettingDuctSize;
 using CableEntry = ProjectSettingCableSpec;
 
-constexpr JsonCell<PipeEntry> kPipeEntry[] = {
+constexpr auto kPipeEntry = ByKey<PipeEntry>({
     {"DN", [](const PipeEntry& entry) { return LengthInDouble(entry.nominalDiameter); }},
     {"OD", [](const PipeEntry& entry) { return LengthInDouble(entry.outerDiameter); }},
     {"ID", [](const PipeEntry& entry) { return LengthInDouble(entry.innerDiameter); }},
     {"Thickness", [](const PipeEntry& entry) { return LengthInDouble(entry.thickness); }},
-};
+});
 constexpr JsonCell<DuctEntry> kDuctEntry[] = {
     {"Size", [](const DuctEntry& entry) { return LengthInSingle(entry.size); }},
     {"Thickness", [](const DuctEntry& entry) { return LengthInSingle(entry.thickness); }},
@@ -47,11 +47,11 @@ constexpr JsonCell<DuctEntry> kDuctEntry[] = {
 constexpr JsonCell<DuctEntry> kTrayEntry[] = {
     {"Size", [](const DuctEntry& entry) { return LengthInDouble(entry.size); }},
 };
-constexpr JsonCell<PipeEntry> kConduitEntry[] = {
+constexpr auto kConduitEntry = ByKey<PipeEntry>({
     {"DN", [](const PipeEntry& entry) { return JsonInteger(ClampToInt32(entry.nominalDiameter)); }},
     {"OD", [](const PipeEntry& entry) { return LengthInDouble(entry.outerDiameter); }},
     {"ID", [](const PipeEntry& entry) { return LengthInDouble(entry.innerDiameter); }},
-};
+});
 constexpr JsonCell<CableEntry> kWireEntry[] = {
     {"area", [](const CableEntry& entry) { return JsonText(entry.area); }},
     {"current", [](const CableEntry& entry) { return JsonInteger(entry.current); }},
@@ -117,7 +117,7 @@ struct TreeNode {
     wstring parentId;
 };
 
-constexpr JsonCell<TreeNode> kTreeNode[] = {
+constexpr auto kTreeNode = ByKey<TreeNode>({
     {"ID", [](const TreeNode& node) { return JsonText(node.id); }},
     {"text", [](const TreeNode& node) { return JsonText(node.text); }},
     {"groupName", [](const TreeNode& node) { return JsonText(node.groupName); }},
@@ -129,7 +129,7 @@ constexpr JsonCell<TreeNode> kTreeNode[] = {
     {"Nodes", [](const TreeNode&) { return JsonText(L"[]"); }},
     {"Children", [](const TreeNode&) { return JsonText(L"[]"); }},
     {"parentID", [](const TreeNode& node) { return JsonText(node.parentId); }},
-};
+});
 
 template <class Record> TreeNode NodeOf(const Record& record, const wstring& groupName) {
     return {record.GetId(), record.GetName(), groupName, record.GetCreateTime(), {}};
@@ -137,6 +137,7 @@ template <class Record> TreeNode NodeOf(const Record& record, const wstring& gro
 
 value TreeRow(const TreeNode& node, value content) {
     JsonFields fields;
+    fields.reserve(kTreeNode.size() + 1);
     AddFields<TreeNode>(fields, kTreeNode, node);
     fields.emplace_back("content", std::move(content));
     return value::object(std::move(fields));

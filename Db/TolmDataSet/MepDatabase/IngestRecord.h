@@ -6,6 +6,7 @@
 
 #include <cpprest/json.h>
 
+#include <array>
 #include <cstddef>
 #include <span>
 #include <string>
@@ -42,6 +43,16 @@ bool FetchOrCreate(CQbase& qb, const char* classCode, const std::wstring& id);
 /// Stores the current record.
 void Save(CQbase& qb);
 
+/// Does a step that sets nothing where it throws: then the current record is stored as it is.
+template <class Step> auto DoOrSave(CQbase& qb, Step step) {
+    try {
+        return step();
+    } catch (...) {
+        Save(qb);
+        throw;
+    }
+}
+
 void SetText(CQbase& qb, short attribute, const std::wstring& text);
 /// Empty when the current record lacks the attribute.
 std::wstring GetText(CQbase& qb, short attribute);
@@ -60,8 +71,21 @@ struct SizeList {
     bool isFloatArray = false; ///< kept as a float array and not as bytes
 };
 
-/// Writes the rows of the content's "sizeList" to the list's attribute; without rows the attribute is removed.
-void WriteSizeList(CQbase& qb, const SizeList& list, const web::json::value& content);
+/// The rows of a content's "sizeList", packed.
+class PackedSizes {
+public:
+    /// Reads the rows. The list must outlive it.
+    PackedSizes(const SizeList& list, const web::json::value& content);
+    /// Writes the rows to the list's attribute of the current record; without rows the attribute is removed.
+    void WriteTo(CQbase& qb) const;
+
+private:
+    static constexpr std::size_t kWidestEntry = 56;
+
+    const SizeList* m_list;
+    std::array<char, kPackedListCapacity * kWidestEntry> m_entries; ///< filled as far as rows go
+    int m_count = 0;
+};
 
 extern const SizeList kPipeSizes;
 extern const SizeList kConduitSizes;

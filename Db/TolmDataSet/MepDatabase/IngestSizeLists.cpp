@@ -2,7 +2,7 @@
 #include "MepDatabase/JsonRead.h"
 #include "MepDatabase/WireText.h"
 
-#include <array>
+#include <algorithm>
 #include <cstring>
 
 namespace tolm::ingest {
@@ -58,33 +58,11 @@ void PackCableSpecification(char* at, const web::json::object& row) {
     kCableSpecLayout.put(at, entry);
 }
 
-constexpr std::size_t kWidestEntry = 56;
-using EntryBuffer = std::array<char, kPackedListCapacity * kWidestEntry>;
-
 const web::json::array* RowsOf(const web::json::value& content) {
     if (content.is_null())
         return nullptr;
     const web::json::value* list = jsonread::Find(content.as_object(), "sizeList");
     return list != nullptr && list->is_array() && list->size() > 0 ? &list->as_array() : nullptr;
-}
-
-void PackRows(const SizeList& list, const web::json::array& rows, EntryBuffer& entries) {
-    RequireRoom(rows.size());
-    char* at = entries.data();
-    for (const auto& row : rows) {
-        list.pack(at, row.as_object());
-        at += list.entrySize;
-    }
-}
-
-void SetEntries(CQbase& qb, const SizeList& list, const EntryBuffer& entries, int count) {
-    if (!list.isFloatArray) {
-        qb.setBinaryArray(list.attribute, entries.data(), count, 0);
-        return;
-    }
-    std::array<float, kPackedListCapacity> values{};
-    std::memcpy(values.data(), entries.data(), sizeof values);
-    qb.setFloatArray(list.attribute, values.data(), count);
 }
 
 } // namespace
@@ -93,17 +71,32 @@ constinit const SizeList kPipeSizes = {schema::kPipeSizeList, 16, PackFloats<kPi
 constinit const SizeList kConduitSizes = {schema::kPipeSizeList, 16, PackFloats<kPipeSizeLayout, kConduitCells>};
 constinit const SizeList kDuctSizes = {schema::kDuctSizeList, 8, PackFloats<kDuctSizeLayout, kDuctCells>};
 constinit const SizeList kTraySizes = {schema::kCableTraySizeList, sizeof(float), PackTraySize, true};
-constinit const SizeList kCableSpecifications = {schema::kCableSpecificationList, kWidestEntry, PackCableSpecification};
+constinit const SizeList kCableSpecifications = {schema::kCableSpecificationList, 56, PackCableSpecification};
 
-void WriteSizeList(CQbase& qb, const SizeList& list, const web::json::value& content) {
+PackedSizes::PackedSizes(const SizeList& list, const web::json::value& content) : m_list(&list) {
     const web::json::array* rows = RowsOf(content);
-    if (rows == nullptr) {
-        qb.removeAttribute(list.attribute);
+    if (rows == nullptr)
         return;
+    RequireRoom(rows->size());
+    std::fill_n(m_entries.begin(), rows->size() * list.entrySize, '\0');
+    char* at = m_entries.data();
+    for (const auto& row : *rows) {
+        list.pack(at, row.as_object());
+        at += list.entrySize;
     }
-    EntryBuffer entries{};
-    PackRows(list, *rows, entries);
-    SetEntries(qb, list, entries, static_cast<int>(rows->size()));
+    m_count = static_cast<int>(rows->size());
+}
+
+void PackedSizes::WriteTo(CQbase& qb) const {
+    if (m_count == 0) {
+        qb.removeAttribute(m_list->attribute);
+    } else if (m_list->isFloatArray) {
+        std::array<float, kPackedListCapacity> values{};
+        std::memcpy(values.data(), m_entries.data(), static_cast<std::size_t>(m_count) * sizeof(float));
+        qb.setFloatArray(m_list->attribute, values.data(), m_count);
+    } else {
+        qb.setBinaryArray(m_list->attribute, m_entries.data(), m_count, 0);
+    }
 }
 
 } // namespace tolm::ingest

@@ -5,9 +5,13 @@
 
 #include <cpprest/json.h>
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -24,6 +28,14 @@ template <class Record> struct JsonCell {
 template <class Record> using JsonCells = std::span<const JsonCell<Record>>;
 
 using JsonFields = std::vector<std::pair<utility::string_t, web::json::value>>;
+
+/// The cells in the order of their keys: so the JSON library keeps the members of an object, and has none to move then.
+template <class Record, std::size_t N>
+consteval std::array<JsonCell<Record>, N> ByKey(const JsonCell<Record> (&cells)[N]) {
+    auto sorted = std::to_array(cells);
+    std::ranges::sort(sorted, {}, [](const JsonCell<Record>& cell) { return std::string_view(cell.key); });
+    return sorted;
+}
 
 template <class Record> void AddFields(JsonFields& fields, JsonCells<Record> cells, const Record& record) {
     for (const auto& cell : cells)

@@ -37,7 +37,7 @@ MaterialCache::Known MaterialCache::KnownOf(const IProjectSettingMaterial& mater
             material.GetCreateTime()};
 }
 
-vorn::OwnerPtr<IProjectSettingMaterial> MaterialCache::MadeOf(Known known) {
+vorn::OwnerPtr<IProjectSettingMaterial> MaterialCache::MadeOf(Known& known) {
     auto material = MakeMaterial();
     if (material == nullptr)
         return {};

@@ -28,7 +28,8 @@ private:
     };
 
     static Known KnownOf(const IProjectSettingMaterial& material);
-    static vorn::OwnerPtr<IProjectSettingMaterial> MadeOf(Known known);
+    /// A setter takes no constant text, and leaves it as it is.
+    static vorn::OwnerPtr<IProjectSettingMaterial> MadeOf(Known& known);
     bool GiveNew(CQbase& qb, const wstring& materialId, IProjectSettingSizeModule& module);
 
     std::unordered_map<wstring, Known> m_materials;

@@ -13,6 +13,7 @@
 #include <cpprest/http_msg.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <stdexcept>
@@ -37,14 +38,23 @@ std::string HeaderValue(const wstring& value) {
     return text;
 }
 
+constexpr std::int64_t kLibrarysOwn = -1;
+std::atomic<std::int64_t> g_libraryTimeOut = kLibrarysOwn; // microseconds
+
+/// In microseconds; `kLibrarysOwn` where nothing is to be set.
+std::int64_t TimeOutOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint) {
+    return endpoint.timeOut == CloudEndpoint::TimeOut::Configured ? std::int64_t{client.GetRequestTimeOut()}
+                                                                  : g_libraryTimeOut.load();
+}
+
 http_client_config ConfigOf(TolmProjectSettingHttpUtility& client, const CloudEndpoint& endpoint,
                             const web::uri& address) {
     http_client_config config;
     config.set_max_redirects(0);
     if (address.scheme() == "https")
         SetTrust(config, address.host());
-    if (endpoint.timeOut == CloudEndpoint::TimeOut::Configured)
-        config.set_timeout(std::chrono::microseconds(std::int64_t{client.GetRequestTimeOut()}));
+    if (const auto timeOut = TimeOutOf(client, endpoint); timeOut != kLibrarysOwn)
+        config.set_timeout(std::chrono::microseconds(timeOut));
     return config;
 }
 
@@ -66,7 +76,8 @@ void Address(TolmProjectSettingHttpUtility& client, const CloudCall& call, http_
 /// bytes, since the HTTP library reads a stream of plain characters through a type that it does not have.
 void SetBody(const web::json::value& body, http_request& request) {
     const std::string text = body.serialize();
-    auto bytes = concurrency::streams::bytestream::open_istream(std::vector<unsigned char>(text.begin(), text.end()));
+    const auto* first = reinterpret_cast<const unsigned char*>(text.data());
+    auto bytes = concurrency::streams::bytestream::open_istream(std::vector<unsigned char>(first, first + text.size()));
     request.set_body(bytes, text.size(), "text/plain; charset=utf-8");
 }
 
@@ -110,11 +121,14 @@ void RefuseDoubledNames(const web::json::value& body) {
 }
 
 /// What the guard throws ends the request.
-void Guard(const http_client_config& config, http_request& request) {
-    AnswerGuard guard(config.timeout<std::chrono::microseconds>());
+void Guard(const http_client_config& config, const CloudEndpoint& endpoint, http_request& request) {
+    using Clock = AnswerGuard::Clock;
+    AnswerGuard guard(config.timeout<std::chrono::microseconds>(), endpoint.Limits(), Clock::now());
     request.set_progress_handler([guard](web::http::message_direction::direction direction, auto bytes) mutable {
         if (direction == web::http::message_direction::download)
-            guard.Check(bytes, AnswerGuard::Clock::now());
+            guard.Check(bytes, Clock::now());
+        else
+            guard.CheckSent(Clock::now());
     });
 }
 
@@ -124,7 +138,7 @@ CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) 
     Address(client, call, request);
     if (call.body != nullptr)
         SetBody(*call.body, request);
-    Guard(http.client_config(), request);
+    Guard(http.client_config(), call.endpoint, request);
     auto response = http.request(request, pplx::cancellation_token::none()).get();
     CloudAnswer answer;
     answer.body = JsonBody(response);
@@ -134,6 +148,10 @@ CloudAnswer Issue(TolmProjectSettingHttpUtility& client, const CloudCall& call) 
 }
 
 } // namespace
+
+void SetLibraryTimeOut(std::optional<std::chrono::microseconds> timeOut) {
+    g_libraryTimeOut = timeOut ? timeOut->count() : kLibrarysOwn;
+}
 
 wstring CloudEndpoint::PathOf(std::initializer_list<std::wstring_view> identifiers) const {
     wstring whole = path;
@@ -175,9 +193,16 @@ CloudOutcome RunCloudCall(TolmProjectSettingHttpUtility& client, const CloudCall
 
 TolmProjectSettingHttpUtility* TolmProjectSettingHttpUtility::GetInstance() {
     static TolmProjectSettingHttpUtility instance;
-    instance.m_userId = TolmUserSessionUtils::GetUserId();
-    instance.m_userToken = TolmUserSessionUtils::GetUserToken();
+    const std::lock_guard lock(instance.m_userMutex);
+    TolmUser user = TolmUserSessionUtils::GetUser();
+    instance.m_userId = std::move(user.id);
+    instance.m_userToken = std::move(user.token);
     return &instance;
+}
+
+wstring TolmProjectSettingHttpUtility::UserId() const {
+    const std::lock_guard lock(m_userMutex);
+    return m_userId;
 }
 
 void TolmProjectSettingHttpUtility::AddRequestHeader(http_request& request, bool withContentType) {
@@ -186,6 +211,7 @@ void TolmProjectSettingHttpUtility::AddRequestHeader(http_request& request, bool
         return;
     }
     auto& headers = request.headers();
+    const std::lock_guard lock(m_userMutex);
     headers.add("x-kfe-userid", HeaderValue(m_userId));
     headers.add("Authorization", HeaderValue(m_userToken));
     if (withContentType)

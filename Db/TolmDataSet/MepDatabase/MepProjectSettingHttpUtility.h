@@ -3,6 +3,7 @@
 #include "TolmDataSet/MepEnums.h"
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -110,7 +111,7 @@ public:
     bool SendEditedCombinationList(wstring categoryCode, std::vector<TolmCombinedProduct> list);
     bool SendRemovedCombinationList(wstring categoryCode, std::vector<wstring> ids);
 
-    const wstring& UserId() const { return m_userId; }
+    wstring UserId() const;
 
     /// Names of the service's tables.
     static wstring CircuitTemplateTable() { return CloudTables::CircuitTemplate; }
@@ -128,6 +129,7 @@ public:
 private:
     TolmProjectSettingHttpUtility() = default;
 
+    mutable std::mutex m_userMutex; ///< user and token are of one login
     wstring m_userId;
     wstring m_userToken;
 };

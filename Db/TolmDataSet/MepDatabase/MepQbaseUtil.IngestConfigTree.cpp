@@ -71,10 +71,10 @@ void WritePipeSizeTable(CQbase& qb, const Slot& slot, const std::wstring& id, co
                         const object& element) {
     OpenRecord(qb, slot, id, kNameAndTime, element);
     ingest::SetText(qb, schema::kMaterialId, materialId);
-    ingest::Save(qb);
-    const web::json::value& content = element.at("content");
-    WriteRoughness(qb, content);
-    ingest::WriteSizeList(qb, ingest::kPipeSizes, content);
+    const auto sizes =
+        ingest::DoOrSave(qb, [&] { return ingest::PackedSizes(ingest::kPipeSizes, element.at("content")); });
+    WriteRoughness(qb, element.at("content"));
+    sizes.WriteTo(qb);
     ingest::Save(qb);
 }
 
@@ -159,7 +159,7 @@ void WriteSizeTable(CQbase& qb, const Group& group, const std::wstring& id, cons
     ingest::WriteFields(qb, group.content, content.as_object());
     if (saveEachStep)
         ingest::Save(qb);
-    ingest::WriteSizeList(qb, *group.list, content);
+    ingest::PackedSizes(*group.list, content).WriteTo(qb);
     ingest::Save(qb);
     if (group.finish != nullptr)
         group.finish(qb, content.as_object());

@@ -170,7 +170,7 @@ bool MepQbaseUtil::GetCombinedProductFromJson(wstring categoryCode, web::json::v
 }
 
 bool MepQbaseUtil::AddOtherContent(const web::json::object& add, CQbase* qb, wstring combinedProductFilePath,
-                                   wstring binaryFileFolder) {
+                                   wstring binaryFileFolder, wstring datasetFilePath) {
     if (qb == nullptr) {
         VORN_DEBUG_WARN(L"qb为空");
         return false;
@@ -179,14 +179,14 @@ bool MepQbaseUtil::AddOtherContent(const web::json::object& add, CQbase* qb, wst
                    [&](const object& element) { WriteCircuitTemplate(*qb, element); });
     DoUnit(TOLM_CALL_SITE, L"Combination_:下载组合设备失败",
            [&] { InsertCombinedProducts(*this, add, combinedProductFilePath); });
-    BinaryFileFolder folder(binaryFileFolder, combinedProductFilePath);
+    BinaryFileFolder folder(binaryFileFolder, combinedProductFilePath, datasetFilePath);
     ForEachElement(add, "BinaryTable", TOLM_CALL_SITE, L"BinaryTable:下载文件失败",
                    [&](const object& element) { WriteBinaryFile(folder, element); });
     return true;
 }
 
 bool MepQbaseUtil::DeleteOtherContent(const web::json::object& del, CQbase* qb, wstring combinedProductFilePath,
-                                      wstring binaryFileFolder) {
+                                      wstring binaryFileFolder, wstring datasetFilePath) {
     if (qb == nullptr) {
         VORN_DEBUG_WARN(L"qb is null");
         return false;
@@ -205,7 +205,7 @@ bool MepQbaseUtil::DeleteOtherContent(const web::json::object& del, CQbase* qb, 
         for (const auto& [code, ids] : idsByCode)
             RemoveCombinedProducts(*utils, combinedProductFilePath, code, ids);
     });
-    const BinaryFileFolder folder(binaryFileFolder, combinedProductFilePath);
+    BinaryFileFolder folder(binaryFileFolder, combinedProductFilePath, datasetFilePath);
     ForEachElement(del, "BinaryTable", TOLM_CALL_SITE, L"删除单文件失败",
                    [&](const object& element) { folder.Remove(jsonread::Text(element, "fileName")); });
     return true;

@@ -114,10 +114,15 @@ void WriteFittings(CQbase& qb, short mepType, object& element) {
     list.Store(qb);
 }
 
+/// Text of an optional member; empty without it.
+wstring OptionalText(const object& element, const char* key) {
+    const web::json::value* text = jsonread::Find(element, key);
+    return text != nullptr ? WideText(*text) : wstring();
+}
+
 /// The parent of a pipe or duct series is its group.
 void WriteGroupLink(CQbase& qb, const object& element) {
-    const web::json::value* parent = jsonread::Find(element, "parentID");
-    const wstring group = parent != nullptr ? WideText(*parent) : wstring();
+    const wstring group = ingest::DoOrSave(qb, [&] { return OptionalText(element, "parentID"); });
     if (group.empty())
         qb.removeAttribute(schema::kSerieGroupId);
     else
@@ -137,8 +142,10 @@ wstring FindTraySizeTable(CQbase& qb, short shape, short disciplineId) {
     return id.str();
 }
 
-/// A tray series names a shape; the size table of that shape is its parent. Without one the link stays.
+/// A tray series names a shape; the size table of that shape is its parent. Without one the link stays. The walk leaves
+/// the series, which is stored before.
 void WriteTrayLink(CQbase& qb, const wstring& id, short disciplineId, const object& element) {
+    ingest::Save(qb);
     const wstring sizeTable = FindTraySizeTable(qb, jsonread::Short(element, "type"), disciplineId);
     if (sizeTable.empty())
         return;
@@ -150,26 +157,29 @@ void WriteParentLink(CQbase& qb, const wstring& id, short mepType, short discipl
     if (mepType == kPipe || mepType == kDuct)
         WriteGroupLink(qb, element);
     else if (mepType == kConduit)
-        ingest::WriteFields(qb, kConduitParent, element);
+        ingest::DoOrSave(qb, [&] { ingest::WriteFields(qb, kConduitParent, element); });
     else if (mepType == kCableTray)
         WriteTrayLink(qb, id, disciplineId, element);
-    ingest::Save(qb);
 }
 
-void WriteSerie(CQbase& qb, const wstring& id, short mepType, short disciplineId, const object& element) {
+/// Sets all that is the series' own; it is stored together with the link to its connection series.
+void SetSerie(CQbase& qb, const wstring& id, short mepType, short disciplineId, const object& element) {
     ingest::FetchOrCreate(qb, schema::kMaterialSerie, id);
     qb.setShort(schema::kMEPType, mepType);
     qb.setShort(schema::kDisciplineId, disciplineId);
     ingest::WriteFields(qb, kSerieFields, element);
-    ingest::Save(qb);
     WriteParentLink(qb, id, mepType, disciplineId, element);
 }
 
-/// A connection series has no id of the cloud's: it is made here once and used again at each download.
+/// A connection series has no id of the cloud's: it is made here once and used again at each download. The series is
+/// stored.
 void OpenConnectionSerie(CQbase& qb) {
     const wstring known = ingest::GetText(qb, schema::kConnectionSerieId);
-    if (!known.empty() && qb.fetchEqualRec(schema::kConnectionSerie, known))
-        return;
+    if (!known.empty()) {
+        ingest::Save(qb);
+        if (qb.fetchEqualRec(schema::kConnectionSerie, known))
+            return;
+    }
     const wstring made = ingest::NewId();
     ingest::SetText(qb, schema::kConnectionSerieId, made);
     ingest::Save(qb);
@@ -204,7 +214,7 @@ bool MepQbaseUtil::SyncMaterialSerie(web::json::value element, CQbase* qb, short
         return false;
     return DoUnit([&] {
         object& fields = element.as_object();
-        WriteSerie(*qb, jsonread::Text(fields, "ID"), mepType, disciplineId, fields);
+        SetSerie(*qb, jsonread::Text(fields, "ID"), mepType, disciplineId, fields);
         WriteConnectionSerie(*qb, mepType, fields);
     });
 }

@@ -63,6 +63,7 @@ bool Download(const wstring& projectId, int version, Increment& increment) {
 struct OtherPaths {
     wstring combinedProducts;
     wstring binaryFolder;
+    wstring dataset; ///< that is merged, whose files are never the cloud's
 };
 
 /// Merges an increment into open copies, table by table. A table that fails loses its own changes only.
@@ -106,7 +107,8 @@ private:
                                  m_added, m_deleted, m_modified);
             break;
         case MergeForm::OtherTables:
-            store.MergeOtherContent(m_add, m_del, m_qb, m_statusQb, m_paths.combinedProducts, m_paths.binaryFolder);
+            store.MergeOtherContent(m_add, m_del, m_qb, m_statusQb, m_paths.combinedProducts, m_paths.binaryFolder,
+                                    m_paths.dataset);
             break;
         }
     }
@@ -227,10 +229,16 @@ bool EndWithoutMerge(MergedDataset& dataset, bool* pendingUpload) {
 } // namespace
 
 bool MepQbaseUtil::MergeOtherContent(const value& add, const value& del, CQbase* qb, CQbase*,
-                                     wstring combinedProductFilePath, wstring binaryFileFolder) {
+                                     wstring combinedProductFilePath, wstring binaryFileFolder,
+                                     wstring datasetFilePath) {
     bool isDone = false;
-    DoUnit([&] { isDone = DeleteOtherContent(del.as_object(), qb, combinedProductFilePath, binaryFileFolder); });
-    DoUnit([&] { isDone = AddOtherContent(add.as_object(), qb, combinedProductFilePath, binaryFileFolder) && isDone; });
+    DoUnit([&] {
+        isDone = DeleteOtherContent(del.as_object(), qb, combinedProductFilePath, binaryFileFolder, datasetFilePath);
+    });
+    DoUnit([&] {
+        isDone =
+            AddOtherContent(add.as_object(), qb, combinedProductFilePath, binaryFileFolder, datasetFilePath) && isDone;
+    });
     return isDone;
 }
 
@@ -270,7 +278,7 @@ bool MepQbaseUtil::MergeCloudAndLocalDataset(wstring projectId, vorn::IProgressR
     if (!dataset.HasLocalChanges())
         return EndWithoutMerge(dataset, pendingUpload);
     progress->ReportProgress(kMergeOpened);
-    const OtherPaths paths{combinedProductFilePath, binaryFileFolder};
+    const OtherPaths paths{combinedProductFilePath, binaryFileFolder, datasetFilePath};
     TableWalk(increment, dataset.Data(), dataset.Status(), paths, *progress).Run();
     long remaining = 0;
     if (!dataset.Finish(remaining))

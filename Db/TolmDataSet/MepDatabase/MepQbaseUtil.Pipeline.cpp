@@ -18,19 +18,6 @@
 #include <cpprest/json.h>
 
 namespace tolm {
-namespace {
-
-/// A refresh begins anew so often when somebody else keeps changing the store.
-constexpr int kMostAttempts = 5;
-
-void Notify(vorn::NotificationTypes type, const wchar_t* text) {
-    vorn::NotificationUtils::PostNotification(type, text);
-}
-
-bool Fail(const wchar_t* text) {
-    Notify(vorn::NotificationTypes::Failure, text);
-    return false;
-}
 
 /// Whether changes were noted since the beginning. The host does not know of them, and a refresh would overwrite them.
 class NotedChanges {
@@ -57,6 +44,22 @@ private:
     const wstring& m_definitionPath;
     bool m_stoodThen;
 };
+
+namespace {
+
+/// A refresh begins anew so often when somebody else keeps changing the store.
+constexpr int kMostAttempts = 5;
+
+constexpr const wchar_t* kLoadFailed = L"载入失败了！";
+
+void Notify(vorn::NotificationTypes type, const wchar_t* text) {
+    vorn::NotificationUtils::PostNotification(type, text);
+}
+
+bool Fail(const wchar_t* text) {
+    Notify(vorn::NotificationTypes::Failure, text);
+    return false;
+}
 
 /// Asks for the cloud's version. A version below `lowest` is no answer: the user hears of it.
 bool QueryVersion(const wstring& projectId, int lowest, int& version) {
@@ -101,21 +104,27 @@ int StandingVersion(const wstring& definitionPath, const wstring& filePath) {
 /// The dataset file while it is refreshed, and the version that it held before.
 class LocalDataset {
 public:
-    LocalDataset(StoreFrame& store, const wstring& definitionPath, const wstring& filePath)
-        : m_store(store), m_definitionPath(definitionPath), m_filePath(filePath),
+    enum class Opened {
+        Ready,     ///< for the download
+        Overtaken, ///< somebody else changed it; it is as they left it
+        Done       ///< there is nothing to download, or it failed, of which the user heard
+    };
+
+    LocalDataset(StoreFrame& store, const NotedChanges& changes, const wstring& definitionPath, const wstring& filePath)
+        : m_store(store), m_changes(changes), m_definitionPath(definitionPath), m_filePath(filePath),
           m_existed(vorn::FileInfo(filePath).Exists()) {}
 
     /// Opens the file for the download, which it needs unless it holds the cloud's version. A file that was not
     /// there comes into being, and whether that succeeds is not looked at here.
-    bool Open(int cloudVersion) {
-        const bool opened = m_store->openDatabase(m_definitionPath, m_filePath, true) && NoteContent();
-        if (m_existed && (!opened || !ReadVersion()))
-            return FailToOpen();
+    Opened Open(int cloudVersion) {
+        const bool isRead = m_store->openDatabase(m_definitionPath, m_filePath, true) && NoteContent() && ReadVersion();
+        if (m_existed && !isRead)
+            return FailWith(L"本地配置打开失败！");
         if (m_hasHeader && m_base.version == cloudVersion)
             return UpToDate();
-        if (m_base.version == 0 && !Empty() && m_existed)
-            return FailToOpen();
-        return true;
+        if (m_base.version == 0)
+            return OpenEmptied();
+        return m_changes.HaveCome() ? FailWith(kLoadFailed) : Opened::Ready;
     }
 
     const CloudRefresh::Base& Base() const { return m_base; }
@@ -133,24 +142,50 @@ private:
         return true;
     }
 
-    bool FailToOpen() {
+    Opened FailWith(const wchar_t* text) {
         m_store->closeDatabase();
-        return Fail(L"本地配置打开失败！");
+        Fail(text);
+        return Opened::Done;
     }
 
-    bool UpToDate() {
+    Opened UpToDate() {
         m_store->closeDatabase();
         Notify(vorn::NotificationTypes::Success, L"配置载入成功！");
-        return false;
+        return Opened::Done;
     }
 
-    /// For a full load; in a transaction of its own, so that no lock is held during the download.
+    Opened GiveWay() {
+        m_store->closeDatabase();
+        return Opened::Overtaken;
+    }
+
+    /// For a full load; in a transaction of its own, so that no lock is held during the download. What somebody noted
+    /// or loaded before it began, or behind it, stays.
+    Opened OpenEmptied() {
+        const bool locked = m_store->beginTransaction();
+        if (m_changes.HaveCome())
+            return FailWith(kLoadFailed);
+        if (locked && !IsStill())
+            return GiveWay();
+        if (!(locked && Empty()) && m_existed)
+            return FailWith(L"本地配置打开失败！");
+        if (m_base.version != 0)
+            return GiveWay();
+        return m_changes.HaveCome() ? FailWith(kLoadFailed) : Opened::Ready;
+    }
+
+    bool IsStill() const {
+        long now = 0;
+        return m_store->getContentVersion(now) && now == m_base.content;
+    }
+
     bool Empty() {
-        return m_store->beginTransaction() && MepQbaseUtil::GetInstance()->ResetQbase(m_store.get()) &&
-               m_store.Close() && m_store->openDatabase(m_definitionPath, m_filePath, false) && NoteContent();
+        return MepQbaseUtil::GetInstance()->ResetQbase(m_store.get()) && m_store.Close() &&
+               m_store->openDatabase(m_definitionPath, m_filePath, false) && NoteContent() && ReadVersion();
     }
 
     StoreFrame& m_store;
+    const NotedChanges& m_changes;
     const wstring& m_definitionPath;
     const wstring& m_filePath;
     bool m_existed;
@@ -196,40 +231,38 @@ bool MepQbaseUtil::SyncDataFromCloud(bool writeTimePoint, vorn::IProgressReporte
     const RefreshPlace place{datasetFilePath, templateFilePath, combinedProductFilePath, binaryFileFolder};
     const NotedChanges changes(site, place.dataset, place.definition);
     for (int attempt = 0; attempt < kMostAttempts && !changes.HaveCome(); ++attempt) {
-        const auto done = RefreshOnce(site, place, writeTimePoint, progress, recoverInfo);
+        const auto done = RefreshOnce(site, place, changes, writeTimePoint, progress, recoverInfo);
         if (done.has_value())
             return *done;
     }
-    return Fail(L"载入失败了！");
+    return Fail(kLoadFailed);
 }
 
 /// Nothing, and the store as it was, where somebody else changed it meanwhile.
-std::optional<bool> MepQbaseUtil::RefreshOnce(const CallSite& site, const RefreshPlace& place, bool writeTimePoint,
+std::optional<bool> MepQbaseUtil::RefreshOnce(const CallSite& site, const RefreshPlace& place,
+                                              const NotedChanges& changes, bool writeTimePoint,
                                               vorn::IProgressReporter* progress, RecoverDataInfo* recoverInfo) {
     const auto& settings = *CollaborationProjectSettingForPS::Instance();
     const wstring projectId = settings.GetWorkingProjectId();
     const wstring workunitId = settings.GetWorkingDatasetId();
-    const NotedChanges changes(site, place.dataset, place.definition);
     const int versionBefore = StandingVersion(place.definition, place.dataset);
     int cloudVersion = 0;
     if (!QueryVersion(projectId, 0, cloudVersion))
         return false;
     MakeFolderOf(place.dataset);
     StoreFrame store(site);
-    LocalDataset local(store, place.definition, place.dataset);
-    web::json::value root;
-    if (!store.IsMade() || !local.Open(cloudVersion))
+    if (!store.IsMade())
         return false;
-    if (changes.HaveCome()) {
-        store->closeDatabase();
-        return Fail(L"载入失败了！");
-    }
+    LocalDataset local(store, changes, place.definition, place.dataset);
+    if (const auto opened = local.Open(cloudVersion); opened != LocalDataset::Opened::Ready)
+        return opened == LocalDataset::Opened::Overtaken ? std::nullopt : std::optional(false);
     if (local.Base().version > cloudVersion && local.Base().version != versionBefore)
         return std::nullopt; // the cloud was asked too early: its answer would take the version back
+    web::json::value root;
     if (!Download(projectId, local.Base().version, store, root))
         return false;
-    CloudRefresh refresh(site, store.get(), progress, {place.definition, place.combinedProducts, place.binaryFolder},
-                         recoverInfo);
+    CloudRefresh refresh(site, store.get(), progress,
+                         {place.definition, place.combinedProducts, place.binaryFolder, place.dataset}, recoverInfo);
     // What did not reach the disk was not recovered: neither the host nor the next upload may count on it.
     const bool recoveredBefore = recoverInfo != nullptr && recoverInfo->recovered;
     const auto forgetRecovered = [&] {
@@ -252,7 +285,7 @@ std::optional<bool> MepQbaseUtil::RefreshOnce(const CallSite& site, const Refres
         LogCurrentException();
         if (!store.Close())
             forgetRecovered();
-        return Fail(L"载入失败了！");
+        return Fail(kLoadFailed);
     }
 }
 

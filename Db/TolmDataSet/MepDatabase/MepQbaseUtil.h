@@ -32,6 +32,7 @@ class IProjectSettingSizeModule;
 class IProjectSettingSystemType;
 class ITolmProjectSettingCircuitTemplate;
 class MaterialCache;
+class NotedChanges;
 class StoreFrame;
 struct SharedReads;
 
@@ -218,7 +219,7 @@ public:
     /// Takes the cloud's circuit templates, combined products and binary files as they are. The status store is not
     /// looked at.
     bool MergeOtherContent(const web::json::value& add, const web::json::value& del, CQbase* qb, CQbase* statusQb,
-                           wstring combinedProductFilePath, wstring binaryFileFolder);
+                           wstring combinedProductFilePath, wstring binaryFileFolder, wstring datasetFilePath = {});
     /// Sends every noted local change, as one patch or, with `tableByTable`, class by class, and removes the status
     /// store after the service has taken them. True also when there is nothing to send.
     bool SendModifiedDataToCloud(bool writeTimePoint, vorn::IProgressReporter* progress, wstring datasetFilePath,
@@ -241,9 +242,9 @@ public:
                                   std::map<wstring, bool>& createdIds);
     bool SyncDeletedSystemType(const web::json::object& del, CQbase* qb, wstring key);
     bool AddOtherContent(const web::json::object& add, CQbase* qb, wstring combinedProductFilePath,
-                         wstring binaryFileFolder);
+                         wstring binaryFileFolder, wstring datasetFilePath = {});
     bool DeleteOtherContent(const web::json::object& del, CQbase* qb, wstring combinedProductFilePath,
-                            wstring binaryFileFolder);
+                            wstring binaryFileFolder, wstring datasetFilePath = {});
     bool GetCombinedProductFromJson(wstring categoryCode, web::json::value element, TolmCombinedProduct& product);
 
     // --- name repair and recovery (MepQbaseUtil.NameRepair.cpp, MepQbaseUtil.Recovery.cpp)
@@ -286,8 +287,9 @@ private:
         const wstring& binaryFolder;
     };
     /// Faults are reported in the name of `site`.
-    std::optional<bool> RefreshOnce(const CallSite& site, const RefreshPlace& place, bool writeTimePoint,
-                                    vorn::IProgressReporter* progress, RecoverDataInfo* recoverInfo);
+    std::optional<bool> RefreshOnce(const CallSite& site, const RefreshPlace& place, const NotedChanges& changes,
+                                    bool writeTimePoint, vorn::IProgressReporter* progress,
+                                    RecoverDataInfo* recoverInfo);
     UploadOutcome SendPatch(const CallSite& site, bool writeTimePoint, vorn::IProgressReporter* progress,
                             const wstring& datasetFilePath, const wstring& templateFilePath,
                             const wstring& componentFilePath);

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// The lists that a record keeps in one binary attribute: entries of a fixed size, one after the other, without
@@ -58,16 +59,23 @@ template <class Entry> std::vector<char> Pack(const PackedLayout<Entry>& layout,
     return bytes;
 }
 
-/// The entries in `byteCount` bytes; a remainder that is no whole entry is passed over. Null or a count below 1
-/// gives an empty list.
+/// Does `take(entry)` with each entry in `byteCount` bytes; a remainder that is no whole entry is passed over. Null or
+/// a count below 1 gives no entry.
+template <class Entry, class Take>
+void ForEachEntry(const PackedLayout<Entry>& layout, const char* bytes, int byteCount, Take take) {
+    if (bytes == nullptr || byteCount < 1)
+        return;
+    const std::size_t count = static_cast<std::size_t>(byteCount) / layout.entrySize;
+    for (std::size_t i = 0; i < count; ++i)
+        take(layout.get(bytes + i * layout.entrySize));
+}
+
+/// The same entries as a list.
 template <class Entry> std::vector<Entry> Unpack(const PackedLayout<Entry>& layout, const char* bytes, int byteCount) {
     std::vector<Entry> list;
-    if (bytes == nullptr || byteCount < 1)
-        return list;
-    const std::size_t count = static_cast<std::size_t>(byteCount) / layout.entrySize;
-    list.reserve(count);
-    for (std::size_t i = 0; i < count; ++i)
-        list.push_back(layout.get(bytes + i * layout.entrySize));
+    if (bytes != nullptr && byteCount > 0)
+        list.reserve(static_cast<std::size_t>(byteCount) / layout.entrySize);
+    ForEachEntry(layout, bytes, byteCount, [&](Entry&& entry) { list.push_back(std::move(entry)); });
     return list;
 }
 

@@ -4,6 +4,7 @@
 #include "Support/FaultyFiles.h"
 #include "Support/FolderContent.h"
 #include "Support/TempFolder.h"
+#include "Support/TriedPoints.h"
 #include "Vorn/Text.h"
 
 #include <gtest/gtest.h>
@@ -176,6 +177,7 @@ TEST_P(ComponentFaults, LeaveTheOldOrTheNewAndAreTold) {
          bytes += 512)
         ++met;
     EXPECT_GT(met, 5);
+    TellTriedPoints("faults", std::string("component databases, ") + GetParam().title, met);
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, ComponentFaults,

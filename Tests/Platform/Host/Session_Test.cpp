@@ -68,6 +68,8 @@ TEST(UserSession, NobodyIsSignedInUntilTheHostSaysSo) {
     tolm::TolmUserSessionUtils::SetUser(L"user", L"token");
     EXPECT_EQ(tolm::TolmUserSessionUtils::GetUserId(), L"user");
     EXPECT_EQ(tolm::TolmUserSessionUtils::GetUserToken(), L"token");
+    EXPECT_EQ(tolm::TolmUserSessionUtils::GetUser().id, L"user");
+    EXPECT_EQ(tolm::TolmUserSessionUtils::GetUser().token, L"token");
     tolm::TolmUserSessionUtils::SetUser(L"", L"");
     EXPECT_EQ(tolm::TolmUserSessionUtils::GetUserToken(), L"");
 }

@@ -77,7 +77,9 @@ int ExitCodeWithLeak(const std::string& way) {
     unsetenv(kLeak);
     while (!process.ReadLine().empty()) {
     }
-    return process.Wait();
+    const int code = process.Wait();
+    TakeLeaks(); // it says where it leaks, and the name of a file is such a place
+    return code;
 }
 
 TEST(Canary, FailsATestThatLeaksInAnyWay) {
@@ -102,6 +104,43 @@ TEST(Canary, WatchesForWhatATestAdds) {
     EXPECT_TRUE(HoldsSecret(std::string_view("a word that only this test knows")));
     WatchForSecret("");
     EXPECT_FALSE(HoldsSecret(std::string_view("any text")));
+}
+
+TEST(Canary, WatchesForEverySecretHoweverManyFollow) {
+    const auto secret = [](int number) { return "secret " + std::to_string(number) + " of a thousand"; };
+    for (int number = 0; number < 1000; ++number)
+        WatchForSecret(secret(number));
+    for (int number = 0; number < 1000; ++number)
+        EXPECT_TRUE(HoldsSecret("x " + secret(number) + " x")) << number;
+    EXPECT_FALSE(HoldsSecret(std::string_view("secret 1000 of a thousand")));
+    EXPECT_TRUE(HoldsSecret(std::string_view("x secret-token x")));
+}
+
+TEST(Canary, KnowsABriefSecret) {
+    EXPECT_FALSE(HoldsSecret(std::string_view("a q=?z b")));
+    WatchForSecret("q=?z");
+    EXPECT_TRUE(HoldsSecret(std::string_view("a q=?z b")));
+    EXPECT_TRUE(HoldsSecret(std::string_view("q=?z")));
+}
+
+/// What a child process says, where it is read and where nobody reads it.
+std::vector<std::string> LeaksOf(const std::string& script, int lines) {
+    {
+        ChildProcess process({"/bin/sh", "-c", script});
+        for (int line = 0; line < lines; ++line)
+            process.ReadLine();
+        process.Wait();
+    }
+    return TakeLeaks();
+}
+
+TEST(Canary, SearchesAllThatAChildProcessSays) {
+    using Leaks = std::vector<std::string>;
+    EXPECT_EQ(LeaksOf("echo harmless; echo harmless >&2", 1), Leaks{});
+    EXPECT_EQ(LeaksOf("echo a line; echo my secret-token", 2), Leaks{"the output of /bin/sh"});
+    EXPECT_EQ(LeaksOf("echo a line; echo my secret-token", 0), Leaks{"the output of /bin/sh"});
+    EXPECT_EQ(LeaksOf("echo my secret-token >&2", 0), Leaks{"what /bin/sh says of errors"});
+    EXPECT_EQ(LeaksOf("kill -9 $$", 0), Leaks{});
 }
 
 } // namespace

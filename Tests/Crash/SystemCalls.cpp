@@ -1,0 +1,126 @@
+// Calls by which the library changes files past SQLite: those of binary files and of folders. They stand before the
+// system's own, count as changes of `FaultyFiles`, and are noted as not synced. SQLite's files pass, which its own
+// layer stands for.
+
+#include "Support/FaultyFilesState.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using State = tolmtest::FaultyFiles::State;
+
+/// The function that would have been called.
+template <class Function> Function* Real(Function*, const char* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+bool IsOfSqlite(std::string_view path) {
+    return path.ends_with(".db") || path.find(".db-") != std::string_view::npos;
+}
+
+/// The state that a change of this path counts in; null where it is left alone.
+State* StateFor(const char* path) {
+    State* const state = State::Living();
+    return state != nullptr && state->Watches(path) && !IsOfSqlite(path) ? state : nullptr;
+}
+
+std::string PathOf(int handle) {
+    char path[4096];
+    const auto length = ::readlink(("/proc/self/fd/" + std::to_string(handle)).c_str(), path, sizeof path);
+    return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
+}
+
+bool IsFolder(int handle) {
+    struct stat status {};
+    return ::fstat(handle, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/// What happens before a file goes.
+void BeforeDeletion(const char* path) {
+    State* const state = StateFor(path);
+    if (state == nullptr || ::access(path, F_OK) != 0)
+        return;
+    state->Change(path, "delete");
+    state->Log().AddDeletion(path);
+}
+
+} // namespace
+
+// Seen by the libraries that call them.
+#pragma GCC visibility push(default)
+extern "C" {
+
+int open(const char* path, int flags, ...) {
+    std::va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+    va_end(rest);
+    State* const state = (flags & O_CREAT) != 0 && ::access(path, F_OK) != 0 ? StateFor(path) : nullptr;
+    if (state != nullptr)
+        state->Change(path, "create");
+    const int handle = Real(&open, "open")(path, flags, mode);
+    if (state != nullptr && handle >= 0)
+        state->Log().AddCreation(path);
+    return handle;
+}
+
+ssize_t write(int handle, const void* bytes, std::size_t size) {
+    if (const std::string path = State::Living() != nullptr ? PathOf(handle) : std::string();
+        State* const state = StateFor(path.c_str())) {
+        state->Change(path.c_str(), "write");
+        state->Log().AddWrite(path, ::lseek(handle, 0, SEEK_CUR), bytes, size);
+    }
+    return Real(&write, "write")(handle, bytes, size);
+}
+
+/// Counts, and is done: the system itself goes on running in a test.
+int fsync(int handle) {
+    const std::string path = State::Living() != nullptr ? PathOf(handle) : std::string();
+    State* const state = StateFor(path.c_str());
+    if (state == nullptr)
+        return Real(&fsync, "fsync")(handle);
+    state->Change(path.c_str(), "sync");
+    if (IsFolder(handle))
+        state->Log().SyncFolder(path);
+    else
+        state->Log().Sync(path);
+    return 0;
+}
+
+int rename(const char* from, const char* to) {
+    if (State* const state = StateFor(to)) {
+        state->Change(to, "rename");
+        state->Log().AddRename(from, to);
+    }
+    return Real(&rename, "rename")(from, to);
+}
+
+int mkdir(const char* path, mode_t mode) {
+    State* const state = ::access(path, F_OK) != 0 ? StateFor(path) : nullptr;
+    if (state != nullptr)
+        state->Change(path, "create");
+    const int code = Real(&mkdir, "mkdir")(path, mode);
+    if (state != nullptr && code == 0)
+        state->Log().AddCreation(path);
+    return code;
+}
+
+int unlink(const char* path) {
+    BeforeDeletion(path);
+    return Real(&unlink, "unlink")(path);
+}
+
+int remove(const char* path) {
+    BeforeDeletion(path);
+    return Real(&remove, "remove")(path);
+}
+}
+#pragma GCC visibility pop

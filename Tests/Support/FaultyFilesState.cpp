@@ -1,0 +1,98 @@
+#include "Support/FaultyFilesState.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+namespace tolmtest {
+
+bool FaultyFiles::State::Watches(const char* path) const {
+    return !m_isOut && path != nullptr && std::strncmp(path, m_folder.c_str(), m_folder.size()) == 0;
+}
+
+void FaultyFiles::State::Reset() {
+    m_calls = m_changes = 0;
+    m_failAt = m_cutAt = 0;
+    m_diskLeft = -1;
+    m_refusesChanges = false;
+    m_readOnlyPart.clear();
+    m_hasFailed = false;
+    m_failedPath.clear();
+    m_failedCall.clear();
+    m_unsynced.Forget();
+}
+
+void FaultyFiles::State::FailAt(long number, Lasts lasts) {
+    Reset();
+    m_failAt = number;
+    m_lasts = lasts;
+}
+
+void FaultyFiles::State::FillDiskAfter(std::int64_t bytes) {
+    Reset();
+    m_diskLeft = bytes;
+}
+
+void FaultyFiles::State::RefuseChanges() {
+    Reset();
+    m_refusesChanges = true;
+}
+
+void FaultyFiles::State::OpenForReadingOnly(std::string part) {
+    Reset();
+    m_readOnlyPart = std::move(part);
+}
+
+void FaultyFiles::State::CutPowerAt(long number, Unsynced unsynced, std::uint64_t seed) {
+    Reset();
+    m_cutAt = number;
+    m_kept = unsynced;
+    m_seed = seed;
+}
+
+void FaultyFiles::State::CutPower() {
+    m_isOut = true; // what the loss does to files is nobody's call
+    if (m_kept != Unsynced::Kept)
+        m_unsynced.Lose(m_kept == Unsynced::Torn, m_seed);
+    std::raise(SIGKILL);
+    std::abort();
+}
+
+bool FaultyFiles::State::Change(const char* path, const char* call) {
+    if (++m_changes == m_cutAt)
+        CutPower();
+    return Count(path, call) || (m_refusesChanges && NoteFailure(path, call));
+}
+
+int FaultyFiles::State::Room(const char* path, int bytes) {
+    if (m_diskLeft < 0)
+        return bytes;
+    const int room = static_cast<int>(std::min<std::int64_t>(m_diskLeft, bytes));
+    m_diskLeft -= room;
+    if (room < bytes) {
+        m_diskLeft = 0;
+        NoteFailure(path, "write");
+    }
+    return room;
+}
+
+bool FaultyFiles::State::OpensForReadingOnly(const char* path) {
+    return !m_readOnlyPart.empty() && std::strstr(path, m_readOnlyPart.c_str()) != nullptr;
+}
+
+bool FaultyFiles::State::Count(const char* path, const char* call) {
+    ++m_calls;
+    const bool fails = m_failAt != 0 && (m_calls == m_failAt || (m_lasts == Lasts::ForGood && m_calls > m_failAt));
+    return fails && NoteFailure(path, call);
+}
+
+bool FaultyFiles::State::NoteFailure(const char* path, const char* call) {
+    if (!m_hasFailed) {
+        m_failedPath = path;
+        m_failedCall = call;
+    }
+    return m_hasFailed = true;
+}
+
+} // namespace tolmtest
