@@ -57,7 +57,7 @@ void MergeRow(const DatasetPlace& place, const tolm::MergeTableRow& row, const v
                              lists.deleted, lists.modified);
         break;
     case tolm::MergeForm::OtherTables:
-        store.MergeOtherContent(add, del, &qb, &status, place.products, place.binaryFolder);
+        store.MergeOtherContent(add, del, &qb, &status, place.products, place.binaryFolder, place.data);
         break;
     }
 }
@@ -98,7 +98,8 @@ void Refresh(const DatasetPlace& place, value increment) {
     tolm::RecoverDataInfo wanted = WantedOf(increment);
     CQbase qb;
     OpenForUpdate(qb, place.data, true);
-    const tolm::CloudRefresh::Paths paths{tolm::DataSetFilePath::TOLMDDQFilePath, place.products, place.binaryFolder};
+    const tolm::CloudRefresh::Paths paths{tolm::DataSetFilePath::TOLMDDQFilePath, place.products, place.binaryFolder,
+                                          place.data};
     tolm::CloudRefresh refresh(TOLM_CALL_SITE, &qb, nullptr, paths, &wanted);
     long content = 0;
     Require(qb.getContentVersion(content), "a store that is open tells the version of its content");
