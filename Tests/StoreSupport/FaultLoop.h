@@ -21,8 +21,8 @@ Facts CompanionFacts(const std::wstring& path);
 /// single failing call, once for one after which all calls fail, and once for a disk that fills up at each byte count
 /// that matters. After each the operation must have told the truth, the dataset must be old or new, and the next try,
 /// without a fault, must succeed where it said that it failed. Combined products and binary files are in no commit with
-/// the data: they are new where the operation said true, but for combined products whose own file failed, of which the
-/// operation says nothing.
+/// the data: they are new where the operation said true, but for those whose own file failed: of combined products the
+/// operation says nothing, and a binary file that cannot be read may be a store and is left alone, with a warning.
 class FaultLoop {
 public:
     /// `work` is the operation; it returns what the operation does. The folder holds the dataset as it is before.
@@ -64,9 +64,9 @@ private:
     Facts m_companionsAfter;
     std::vector<Facts> m_between;
     std::vector<std::wstring> m_warnings{
-        L"closeDatabase 失败",      L"createRec 失败",        L"saveRec 失败",
-        L"openDatabase 失败",       L"beginTransaction 失败", L"云端下载的此条目没找到: ",
-        L"本地修改的此条目没找到: "};
+        L"closeDatabase 失败",       L"createRec 失败",        L"saveRec 失败",
+        L"openDatabase 失败",        L"beginTransaction 失败", L"云端下载的此条目没找到: ",
+        L"本地修改的此条目没找到: ", L"删除单文件失败",        L"BinaryTable:下载文件失败"};
     FaultyFiles m_files;
     long m_stride;
     long m_runs = 0;
