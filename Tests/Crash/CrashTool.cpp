@@ -1,7 +1,8 @@
 // The command line in a process of its own, which the power is cut for at one of the changes of its files:
 //   tolm-crash-tool FOLDER CHANGE kept|dropped|torn SEED COMMAND...
-// CHANGE 0 lets it come to its end; it prints how many changes it made, and nothing of what the command says. One more
-// than these cuts the power when the command is done. The exit code is that of the command.
+// CHANGE 0 lets it come to its end; it prints how many changes it made, and nothing of what the command says. CHANGE -1
+// cuts the power when the command is done: how many changes that takes is not the same each time, as a point of time is
+// written only where it is another one. The exit code is that of the command.
 
 #include "Support/FaultyFiles.h"
 #include "Tolm/Commands.h"
@@ -18,13 +19,13 @@ int main(int argc, char** argv) {
         return 100;
     tolmtest::FaultyFiles files(vorn::StringUtil::ToWString(argv[1]));
     const long change = std::stol(argv[2]);
-    if (change > 0)
+    if (change != 0)
         files.CutPowerAt(change, tolmtest::FaultyFiles::UnsyncedOf(argv[3]), std::stoull(argv[4]));
     std::vector<const char*> words{"tolm"};
     words.insert(words.end(), argv + 5, argv + argc);
     std::ostringstream unheard;
     const int code = tolmcli::RunCommandLine(static_cast<int>(words.size()), words.data(), unheard, unheard);
-    if (code == tolmcli::Done && change == files.Changes() + 1)
+    if (code == tolmcli::Done && change < 0)
         files.CutPower();
     std::cout << files.Changes() << "\n";
     return code;
