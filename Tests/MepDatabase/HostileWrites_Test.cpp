@@ -37,7 +37,7 @@ struct WriteCall {
     enum class Leaves {
         Old,       ///< what was there before
         New,       ///< what its success leaves
-        OldVersion ///< the same, but for the version
+        OldVersion ///< the same but for the version, and nobody is told
     };
     std::string path;
     std::string trueBody;
@@ -167,7 +167,8 @@ protected:
         const bool done = RunWith(hostile.answer);
         const State state = StateNow();
         const auto notifications = TakeNotifications();
-        const bool isFailure = !TakeDebugWarnings().empty() || !TakeLogLines().empty();
+        const bool isFailure = !TakeDebugWarnings().empty() || !TakeLogLines().empty() ||
+                               (TheCall().leaves == Leaves::OldVersion && state != m_new);
         EXPECT_TRUE(isFailure || hostile.means != HostileAnswer::Means::Failure);
         EXPECT_EQ(done, !isFailure || TheCall().isDone);
         EXPECT_EQ(notifications, !isFailure || TheCall().isTold ? m_newNotifications : Notifications{});

@@ -36,16 +36,17 @@ std::vector<value> HostileValues() {
 namespace schema = tolm::schema;
 
 /// The attributes that a member of a row goes to. What stands within a member goes where that goes.
-const std::set<short> kLists{schema::kPipeSizeList, schema::kDuctSizeList, schema::kCableTraySizeList,
-                             schema::kCableSpecificationList};
 const std::map<std::string, std::set<short>> kAttributesOf{
     {"text", {schema::kName, schema::kCableSpecTypeName}},
     {"name", {schema::kName}},
     {"systemType", {schema::kName}},
     {"CreateTime", {schema::kCreateTime}},
     {"parentID", {schema::kMaterialId, schema::kSerieGroupId, schema::kSizeModuleId}},
-    {"content", kLists},
-    {"sizeList", kLists},
+    {"content",
+     {schema::kRoughness, schema::kPipeSizeList, schema::kDuctSizeList, schema::kCableTraySizeList,
+      schema::kCableSpecificationList}},
+    {"sizeList",
+     {schema::kPipeSizeList, schema::kDuctSizeList, schema::kCableTraySizeList, schema::kCableSpecificationList}},
     {"roughness", {schema::kRoughness}},
     {"shape", {schema::kDuctShape}},
     {"systemPress", {schema::kPressureGrade}},
@@ -141,7 +142,7 @@ void Spoil(const value& row, const Use& use) {
         use({other, "", true});
 }
 
-/// The row as it was before a change of everything in it but the ids and categories.
+/// The row as it was before a change of everything in it but ids, categories and empty texts.
 value Older(const value& row, const std::string& key = "") {
     value older = row;
     if (row.is_object())
@@ -154,7 +155,7 @@ value Older(const value& row, const std::string& key = "") {
         older = value::number(row.as_integer() + 1);
     else if (row.is_double())
         older = value::number(row.as_double() + 1);
-    else if (row.is_string() && key != "ID" && key != "categoryCode")
+    else if (row.is_string() && row.as_string() != "" && key != "ID" && key != "categoryCode")
         older = value::string(row.as_string() + "0");
     return older;
 }

@@ -1,4 +1,5 @@
 #include "StoreSupport/LockTimeout.h"
+#include "StoreSupport/MepQbaseUtilTestAccess.h"
 #include "StoreSupport/RefreshFixture.h"
 #include "Support/FileSizeLimit.h"
 
@@ -11,7 +12,11 @@ namespace schema = tolm::schema;
 
 class FailedRefresh : public RefreshFixture {
 protected:
-    FailedRefresh() { LocalHas(3); }
+    FailedRefresh() {
+        LocalHas(3);
+        tolm::MepQbaseUtilTestAccess::RecoveredSystemTypeIds().clear();
+    }
+    ~FailedRefresh() override { tolm::MepQbaseUtilTestAccess::RecoveredSystemTypeIds().clear(); }
 
     /// The cloud deleted a system type of this id, whose description has so many characters.
     void CloudDeleted(const std::string& id, std::size_t length) {
