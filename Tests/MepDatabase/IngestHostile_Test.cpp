@@ -198,39 +198,49 @@ std::optional<std::string> AttributeText(CQbase& qb, const schema::AttributeRow&
     return std::nullopt;
 }
 
-/// Whether the record stands between the two: whole up to some step, and old from there on. Where the unit did not fail
-/// it is whole. What is free may be anything.
-bool IsBetween(const char* classCode, const Record& old, const Record& whole, const Record& now, bool failed,
-               const std::set<short>& free) {
-    const auto type = whole.find(schema::kMEPType);
-    const auto steps = kSteps.find({classCode, type == whole.end() ? "" : type->second});
-    const auto stepOf = [&](short attribute) {
-        if (steps == kSteps.end())
-            return std::ptrdiff_t{0};
-        const auto found = std::find_if(steps->second.begin(), steps->second.end(),
-                                        [&](const auto& step) { return step.contains(attribute); });
-        return found == steps->second.end() ? 0 : found - steps->second.begin() + 1;
-    };
-    const auto textIn = [](const Record& record, short attribute) {
-        const auto found = record.find(attribute);
-        return found == record.end() ? std::optional<std::string>() : found->second;
-    };
-    std::ptrdiff_t lastNew = -1;
-    std::ptrdiff_t firstOld = std::numeric_limits<std::ptrdiff_t>::max();
+std::optional<std::string> TextIn(const Record& record, short attribute) {
+    const auto found = record.find(attribute);
+    return found == record.end() ? std::nullopt : std::optional(found->second);
+}
+
+/// The step in which an attribute of this record is stored.
+std::ptrdiff_t StepOf(const char* classCode, const Record& record, short attribute) {
+    const auto steps = kSteps.find({classCode, TextIn(record, schema::kMEPType).value_or("")});
+    if (steps == kSteps.end())
+        return 0;
+    const auto found = std::find_if(steps->second.begin(), steps->second.end(),
+                                    [&](const auto& step) { return step.contains(attribute); });
+    return found == steps->second.end() ? 0 : found - steps->second.begin() + 1;
+}
+
+/// How far a record got on its way from the old one, null where there was none, to the whole one.
+struct Way {
+    const Record* old;
+    const Record& whole;
+    bool mayEndOnTheWay;
+    std::set<short> free; ///< attributes that may be anything
+};
+
+/// Whether the record is whole, or whole up to some step and old from there on where it may be.
+bool IsOnItsWay(const char* classCode, const Way& way, const Record& now) {
+    constexpr auto none = std::numeric_limits<std::ptrdiff_t>::max();
+    std::ptrdiff_t lastNew = way.old == nullptr ? 0 : -1;
+    std::ptrdiff_t firstOld = none;
     for (const auto& row : schema::kAttributes) {
-        if (std::string_view(row.classCode) != classCode || free.contains(row.id))
+        if (std::string_view(row.classCode) != classCode || way.free.contains(row.id))
             continue;
-        const auto text = textIn(now, row.id);
-        const bool isOld = text == textIn(old, row.id);
-        const bool isNew = text == textIn(whole, row.id);
+        const auto text = TextIn(now, row.id);
+        const bool isOld = text == (way.old != nullptr ? TextIn(*way.old, row.id) : std::nullopt);
+        const bool isNew = text == TextIn(way.whole, row.id);
+        const auto step = StepOf(classCode, way.whole, row.id);
         if (!isOld && !isNew)
             return false;
         if (!isOld)
-            lastNew = std::max(lastNew, stepOf(row.id));
+            lastNew = std::max(lastNew, step);
         if (!isNew)
-            firstOld = std::min(firstOld, stepOf(row.id));
+            firstOld = std::min(firstOld, step);
     }
-    return lastNew < firstOld && (failed || firstOld == std::numeric_limits<std::ptrdiff_t>::max());
+    return lastNew < firstOld && (way.mayEndOnTheWay || firstOld == none);
 }
 
 /// Every row is taken with each of its members spoilt, into a store without its record and into one that has an older
@@ -307,12 +317,9 @@ protected:
         const bool mayVary = spoiltAttributes != kAttributesOf.end() && (!failed || namesTheRecord);
         const std::set<short> free = mayVary ? spoiltAttributes->second : std::set<short>();
         for (const auto& [key, record] : now) {
-            const bool stood = old.contains(key);
-            const bool isOld = stood && old.at(key) == record;
-            EXPECT_TRUE(
-                (isOld && (failed || namesTheRecord)) ||
-                ((whole.contains(key) || namesTheRecord) && IsBetween(key.first.c_str(), stood ? old.at(key) : Record(),
-                                                                      WholeOf(key, whole), record, failed, free)))
+            const Record target = WholeOf(key, whole);
+            const Way way{old.contains(key) ? &old.at(key) : nullptr, target, failed || namesTheRecord, free};
+            EXPECT_TRUE((whole.contains(key) || namesTheRecord) && IsOnItsWay(key.first.c_str(), way, record))
                 << key.first << " " << key.second << " of " << spoilt.row.serialize().substr(0, 1000);
         }
         for (const auto& [key, record] : old)
