@@ -30,7 +30,7 @@ struct State {
     friend bool operator==(const State&, const State&) = default;
 };
 
-class Writes;
+class HostileWrites;
 
 /// One call of an operation, and what the operation comes to where it fails.
 struct WriteCall {
@@ -49,16 +49,16 @@ using Leaves = WriteCall::Leaves;
 
 struct WriteWork {
     const char* name;
-    bool (*run)(Writes& writes);
+    bool (*run)(HostileWrites& writes);
     std::vector<WriteCall> calls;
 };
 
-bool EditByTable(Writes& writes);
-bool WriteTemplates(Writes& writes);
-bool DeleteTemplates(Writes& writes);
-bool AddProduct(Writes& writes);
-bool AddProducts(Writes& writes);
-bool RemoveProducts(Writes& writes);
+bool EditByTable(HostileWrites& writes);
+bool WriteTemplates(HostileWrites& writes);
+bool DeleteTemplates(HostileWrites& writes);
+bool AddProduct(HostileWrites& writes);
+bool AddProducts(HostileWrites& writes);
+bool RemoveProducts(HostileWrites& writes);
 
 const WriteWork kWorks[] = {
     {"EditByTable",
@@ -95,7 +95,7 @@ void PrintTo(const WorkAndCall& param, std::ostream* out) {
     *out << param.work->name << ", call " << param.call + 1;
 }
 
-class Writes : public MergeFixture, public testing::WithParamInterface<WorkAndCall> {
+class HostileWrites : public MergeFixture, public testing::WithParamInterface<WorkAndCall> {
 public:
     bool SendByTable() { return util.SendModifiedDataToCloud(false, nullptr, path, ddq, L"", true); }
     bool Write(const TemplateList& list) { return util.WriteCircuitTemplateList(path, ddq, list); }
@@ -187,27 +187,27 @@ protected:
     ScriptedServer elsewhere;
 };
 
-bool EditByTable(Writes& writes) {
+bool EditByTable(HostileWrites& writes) {
     return writes.SendByTable();
 }
-bool WriteTemplates(Writes& writes) {
+bool WriteTemplates(HostileWrites& writes) {
     const auto edited = CircuitTemplate(L"t1", L"16");
     const auto created = CircuitTemplate(L"t2");
     return writes.Write({edited.get(), created.get()});
 }
-bool DeleteTemplates(Writes& writes) {
+bool DeleteTemplates(HostileWrites& writes) {
     const auto known = CircuitTemplate(L"t1");
     return writes.Delete({known.get()});
 }
-bool AddProduct(Writes& writes) {
+bool AddProduct(HostileWrites& writes) {
     return writes.Dataset()->AddCombinedComponents(kListCode, {MakeListProduct(L"p2")});
 }
-bool AddProducts(Writes& writes) {
+bool AddProducts(HostileWrites& writes) {
     auto edited = MakeListProduct(L"p1");
     edited.spacing = 450;
     return writes.Dataset()->AddCombinedComponents(kListCode, {edited, MakeListProduct(L"p2")});
 }
-bool RemoveProducts(Writes& writes) {
+bool RemoveProducts(HostileWrites& writes) {
     return writes.Dataset()->RemoveCombinedComponents(kListCode, kListCode, {L"p1"});
 }
 
@@ -218,7 +218,7 @@ std::size_t Stride() {
     return stride != nullptr ? std::max(1UL, std::strtoul(stride, nullptr, 10)) : 17;
 }
 
-void Writes::TryEach(const std::vector<HostileAnswer>& answers, std::size_t weight) {
+void HostileWrites::TryEach(const std::vector<HostileAnswer>& answers, std::size_t weight) {
     const std::string name = testing::PrintToString(GetParam());
     const std::size_t first = std::accumulate(name.begin(), name.end(), std::size_t{0}) % Stride();
     for (std::size_t i = first; i < answers.size(); i += Stride() == 1 ? 1 : Stride() * weight)
@@ -226,15 +226,15 @@ void Writes::TryEach(const std::vector<HostileAnswer>& answers, std::size_t weig
             ExpectTakenOrNot(answers[i]);
 }
 
-TEST_P(Writes, AreTakenOrNotWhateverTheServiceAnswers) {
+TEST_P(HostileWrites, AreTakenOrNotWhateverTheServiceAnswers) {
     TryEach(HostileAnswers(TheCall().trueBody, elsewhere.Port()), 1);
 }
 
-TEST_P(Writes, AreTakenOrNotWhereverAnAnswerIsCut) {
+TEST_P(HostileWrites, AreTakenOrNotWhereverAnAnswerIsCut) {
     TryEach(CutAnswers(TheCall().trueBody), 8);
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, Writes, testing::ValuesIn(EachCall()),
+INSTANTIATE_TEST_SUITE_P(Each, HostileWrites, testing::ValuesIn(EachCall()),
                          [](const testing::TestParamInfo<WorkAndCall>& call) {
                              return std::string(call.param.work->name) + "_Call" + std::to_string(call.param.call + 1);
                          });
