@@ -39,7 +39,7 @@ public:
     };
     enum class Applied {
         Yes,     ///< in one transaction, which is still open
-        Nothing, ///< was there to apply
+        Nothing, ///< there was nothing to apply
         Failed,  ///< there was no transaction to be had, which is reported
         Changed  ///< somebody else changed the store meanwhile; nothing was applied
     };
