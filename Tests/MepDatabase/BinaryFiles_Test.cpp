@@ -10,10 +10,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <string_view>
+#include <vector>
 
 namespace tolmtest {
 namespace {
@@ -144,7 +147,7 @@ TEST_F(BinaryFiles, ARefusalTellsTheNameAndHidesWhatDeceives) {
 TEST_F(BinaryFiles, TheHostsFilesAreRefused) {
     for (const wchar_t* name :
          {L"set.db", L"set_Status.db", L"set_temp.db", L"set_Status_temp.db", L"products.db", L"classes.ddq"}) {
-        for (const wchar_t* suffix : {L"", L"-journal", L"-wal", L"-shm"})
+        for (const wchar_t* suffix : {L"", L"-journal", L"-wal", L"-shm", L"-mj0C1B86955"})
             ExpectRefused(wstring(name) + suffix);
         Put(name, "precious");
         ExpectRefused(name);
@@ -155,6 +158,35 @@ TEST_F(BinaryFiles, TheHostsFilesAreRefused) {
 TEST_F(BinaryFiles, TheHostsFilesAreRefusedInAnyCase) {
     ExpectRefused(L"SET.DB");
     ExpectRefused(L"Products.db-JOURNAL");
+    ExpectRefused(L"Set.db-MJ0c1b86955");
+}
+
+TEST_F(BinaryFiles, ASuperJournalOfAHostsFileIsRefusedHoweverItGoesOn) {
+    for (const wchar_t* end : {L"", L"0", L"0C1B86955", L"0C1B86955-journal", L"-mj0C1B86955", L".db"})
+        ExpectRefused(wstring(L"set.db-mj") + end);
+    tolm::TolmFilePathSettings::SetCurrentDatasetFilePath(folder.File(L"a-mj.db"));
+    ExpectRefused(L"a-mj.db-mj0C1B86955");
+    for (const wchar_t* name : {L"-mj0C1B86955", L"set.d-mj0C1B86955", L"a-mj", L"duct-mj.rfa"})
+        EXPECT_NO_THROW(Folder().Write(name, "x")) << vorn::StringUtil::ToString(name);
+}
+
+TEST_F(BinaryFiles, TheFileThatBindsTwoStoresToOneCommitIsNamedSo) {
+    FaultyFiles files(folder.Path());
+    std::vector<std::string> names;
+    files.BeforeDeletions([&](const std::string& path) { names.push_back(fs::path(path).filename().string()); });
+    CQbase data;
+    CQbase status;
+    ASSERT_TRUE(data.openDatabase(definition, folder.File(L"set.db"), true) && data.lockForUpdate());
+    ASSERT_TRUE(status.openBeside(data, definition, folder.File(L"set_Status.db"), true));
+    for (CQbase* store : {&data, &status})
+        ASSERT_TRUE(store->createRec("SYS", L"a") && store->saveRec());
+    names.clear();
+    ASSERT_TRUE(status.closeDatabase() && data.closeDatabase());
+    const auto bound = std::find_if(names.begin(), names.end(), [](const std::string& name) {
+        return name.starts_with("set.db-mj") && name.size() == std::string_view("set.db-mj0C1B86955").size();
+    });
+    ASSERT_NE(bound, names.end()) << testing::PrintToString(names);
+    ExpectRefused(vorn::StringUtil::ToWString(*bound));
 }
 
 TEST_F(BinaryFiles, TheHostsFilesAreRefusedWhereverTheirPathsLead) {
@@ -215,7 +247,7 @@ TEST_F(BinaryFiles, EveryStoreIsRefusedAlsoWhileItIsInUse) {
 TEST_F(BinaryFiles, WhatStandsBesideAnyStoreIsRefused) {
     tolm::TolmFilePathSettings::SetCurrentDatasetFilePath(L"");
     const wchar_t* const names[] = {L"other_Status.db", L"other_temp.db", L"other_Status_temp.db"};
-    const wchar_t* const suffixes[] = {L"-journal", L"-wal", L"-shm"};
+    const wchar_t* const suffixes[] = {L"-journal", L"-wal", L"-shm", L"-mj0C1B86955"};
     for (const wchar_t* name : names)
         EXPECT_NO_THROW(Folder().Write(name, "x"));
     for (const wchar_t* suffix : suffixes)
@@ -268,7 +300,7 @@ TEST_F(BinaryFiles, AStoreThatTheDiskDoesNotGiveIsRefused) {
 TEST_F(BinaryFiles, TheDatasetThatIsSynchronisedIsRefusedBesideTheHostsOpenOne) {
     synchronised = folder.File(L"other.db");
     for (const wchar_t* name : {L"other.db", L"other_Status.db", L"other_temp.db", L"other_Status_temp.db"})
-        for (const wchar_t* suffix : {L"", L"-journal", L"-wal", L"-shm"})
+        for (const wchar_t* suffix : {L"", L"-journal", L"-wal", L"-shm", L"-mj0C1B86955"})
             ExpectRefused(wstring(name) + suffix);
     ExpectRefused(L"OTHER.DB");
     ExpectRefused(L"set.db");

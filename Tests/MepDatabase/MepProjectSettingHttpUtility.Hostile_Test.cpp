@@ -4,8 +4,10 @@
 #include "Support/HostileAnswers.h"
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <set>
+#include <vector>
 
 /// Every call against every hostile answer.
 namespace tolmtest {
@@ -41,6 +43,11 @@ const std::map<std::string, std::size_t> kLargeAnswers{{"GetCloudData", 1024},
                                                        {"ReadProjectTemplateRowKey", 64},
                                                        {"ApplyDefaultProjectSettingTemplate", 64}};
 constexpr std::size_t kMostThatIsTried = 64;
+
+std::size_t LargestAnswerOf(const CloudCallRow& call) {
+    const auto large = kLargeAnswers.find(call.name);
+    return large == kLargeAnswers.end() ? 1 : large->second;
+}
 
 class HostileCalls : public testing::TestWithParam<CloudCallRow> {
 protected:
@@ -122,14 +129,14 @@ TEST_P(HostileCalls, TakeNothingForASuccessThatIsNone) {
     }
 }
 
+/// The calls whose largest answers are small enough to be sent. The guard itself is tried with the largest of all
+/// (`AnswerGuard_Test.cpp`).
+class BoundedCalls : public HostileCalls {};
+
 /// A call that holds locks meanwhile must not be fed for ever.
-TEST_P(HostileCalls, GiveUpAnAnswerLargerThanTheyMayGet) {
-    const auto large = kLargeAnswers.find(GetParam().name);
-    const std::size_t most = large == kLargeAnswers.end() ? 1 : large->second;
-    if (most > kMostThatIsTried)
-        return;
+TEST_P(BoundedCalls, GiveUpAnAnswerLargerThanTheyMayGet) {
     const std::string body = TrueBody();
-    const std::string filled = body + std::string((most << 20) - body.size(), ' ');
+    const std::string filled = body + std::string((LargestAnswerOf(GetParam()) << 20) - body.size(), ' ');
     EXPECT_TRUE(Answered(ScriptedAnswer::Json(filled), 30'000'000).done);
     EXPECT_FALSE(Answered(ScriptedAnswer::Json(filled + ' '), 30'000'000).done);
     ExpectFailureTold();
@@ -186,7 +193,23 @@ TEST_P(HostileCalls, TakeNoOtherPayload) {
     }
 }
 
+std::vector<CloudCallRow> CallsOfSmallAnswers() {
+    const auto calls = CloudCallTable();
+    std::vector<CloudCallRow> small(calls.begin(), calls.end());
+    std::erase_if(small, [](const CloudCallRow& call) { return LargestAnswerOf(call) > kMostThatIsTried; });
+    return small;
+}
+
+/// The one call that is left out: its largest answer is a gigabyte.
+TEST(LargestAnswer, ThatIsNotSentIsTheDownloads) {
+    EXPECT_EQ(CallsOfSmallAnswers().size() + 1, CloudCallTable().size());
+    EXPECT_EQ(tolm::CloudEndpoints::DownloadVersion.Limits().bytes,
+              std::uint64_t{kLargeAnswers.at("GetCloudData")} << 20);
+}
+
 INSTANTIATE_TEST_SUITE_P(Each, HostileCalls, testing::ValuesIn(CloudCallTable()),
+                         [](const auto& call) { return call.param.name; });
+INSTANTIATE_TEST_SUITE_P(Each, BoundedCalls, testing::ValuesIn(CallsOfSmallAnswers()),
                          [](const auto& call) { return call.param.name; });
 
 } // namespace

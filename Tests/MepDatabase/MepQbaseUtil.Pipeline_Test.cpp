@@ -1,6 +1,5 @@
 #include "StoreSupport/LockTimeout.h"
 #include "StoreSupport/RefreshFixture.h"
-#include "Support/FileSizeLimit.h"
 
 #include "Host/Session.h"
 #include "Vorn/Clock.h"
@@ -10,7 +9,6 @@
 #include <stdexcept>
 
 using namespace tolmtest;
-using tolm::RecoverDataInfo;
 namespace schema = tolm::schema;
 
 namespace {
@@ -137,7 +135,7 @@ TEST_F(Refreshing, NoticesAFileThatCannotBeMadeOnlyBehindTheDownload) {
     const auto below = folder.File(L"file/set.db");
     EXPECT_FALSE(util.SyncDataFromCloud(false, nullptr, below, ddq, combinedPath, binaryFolder, nullptr));
     EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"MepQbaseUtil::SyncDataFromCloud: beginTransaction 失败"}));
-    EXPECT_EQ(TakeNotifications(), Notifications{});
+    EXPECT_EQ(TakeNotifications(), LoadFailed);
     EXPECT_EQ(DownloadCount(), 1U);
 }
 
@@ -528,58 +526,6 @@ TEST_F(Refreshing, HoldsNoLockDuringTheDownload) {
         EXPECT_TRUE(other.openDatabase(ddq, path, false) && other.lockForUpdate());
     };
     EXPECT_TRUE(Refresh());
-}
-
-TEST_F(Refreshing, OfAStoreThatSomeoneElseReadsFailsAndChangesNothing) {
-    LocalHas(3);
-    CloudHas(5, OneMaterial, R"({"ConfigTree":[]})");
-    const LockTimeout atOnce(1);
-    CQbase reader;
-    ASSERT_TRUE(reader.openDatabase(ddq, path, false) && reader.lockForRead());
-    EXPECT_FALSE(Refresh());
-    EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"beginTransaction 失败"}));
-    EXPECT_EQ(TakeNotifications(), Notifications{});
-    ASSERT_TRUE(reader.closeDatabase());
-    EXPECT_EQ(LocalVersion(), 3);
-    EXPECT_EQ(Records(schema::kMaterial), RecordLines{});
-}
-
-TEST_F(Refreshing, ThatDoesNotFitOnTheDiskSaysSoAndChangesNothing) {
-    LocalHas(3);
-    std::string rows;
-    for (int i = 0; i < 2000; ++i)
-        rows += (i > 0 ? "," : "") + std::string(R"({"ID":"M)") + std::to_string(i) +
-                R"(","groupName":"MaterialSeries","parentID":"","text":")" + std::string(100, 'x') + "\"}";
-    CloudHas(5, R"({"ConfigTree":[)" + rows + "]}", R"({"ConfigTree":[]})");
-    {
-        const FileSizeLimit full(vorn::FileInfo(path).Size());
-        EXPECT_FALSE(Refresh());
-    }
-    EXPECT_EQ(TakeDebugWarningsWithFunction(), (Warnings{L"MepQbaseUtil::SyncDataFromCloud: closeDatabase 失败"}));
-    EXPECT_EQ(TakeNotifications(), Notifications{});
-    EXPECT_EQ(LocalVersion(), 3);
-    EXPECT_EQ(Records(schema::kMaterial), RecordLines{});
-}
-
-TEST_F(Refreshing, ThatDoesNotFitOnTheDiskHasRecoveredNothing) {
-    LocalHas(3);
-    CloudHas(5, "{}",
-             R"({"ConfigTree":[],"PipeSystemType":[{"ID":"y","version":4,"systemType":"n","code":"c",)"
-             R"("systemCategory":21,"description":")" +
-                 std::string(200'000, 'x') + R"("}]})");
-    RecoverDataInfo wanted;
-    wanted.idMap[L"y"] = L"";
-    {
-        const FileSizeLimit full(vorn::FileInfo(path).Size());
-        EXPECT_FALSE(Refresh(&wanted));
-    }
-    EXPECT_EQ(TakeDebugWarnings(), (Warnings{L"closeDatabase 失败"}));
-    EXPECT_FALSE(wanted.recovered);
-    EXPECT_TRUE(util.RecoveredSystemTypeIds().empty());
-    EXPECT_EQ(Records(schema::kSystemType), RecordLines{});
-    EXPECT_TRUE(Refresh(&wanted));
-    EXPECT_TRUE(wanted.recovered);
-    EXPECT_EQ(util.RecoveredSystemTypeIds(), std::vector<wstring>{L"y"});
 }
 
 } // namespace

@@ -1,10 +1,16 @@
 #include "MepDatabase/DatasetPaths.h"
 #include "MepDatabase/FileHeader.h"
 #include "MepDatabase/StoreFrame.h"
+#include "StoreSupport/LockTimeout.h"
 #include "StoreSupport/Records.h"
 #include "StoreSupport/RefreshFixture.h"
+#include "Support/FaultyFiles.h"
+#include "Support/Interceptor.h"
 
+#include <fstream>
 #include <functional>
+#include <future>
+#include <memory>
 #include <thread>
 #include <utility>
 
@@ -139,6 +145,76 @@ TEST_F(OvertakenRefresh, OfAWholeProjectBeginsAnewToo) {
     EXPECT_EQ(LocalVersion(), 3);
 }
 
+// --- changes of which nobody can tell whether they are noted -------------------------------------------------------
+
+/// Another process that holds a store for update from its making to its end.
+class OtherHolder {
+public:
+    OtherHolder(const wstring& ddq, const wstring& path) {
+        std::promise<bool> isHeld;
+        m_thread = std::thread([&, end = m_end.get_future()] {
+            CQbase qb;
+            isHeld.set_value(qb.openDatabase(ddq, path, false) && qb.lockForUpdate());
+            end.wait();
+        });
+        EXPECT_TRUE(isHeld.get_future().get());
+    }
+    ~OtherHolder() {
+        m_end.set_value();
+        m_thread.join();
+    }
+    OtherHolder(const OtherHolder&) = delete;
+    OtherHolder& operator=(const OtherHolder&) = delete;
+
+private:
+    std::promise<void> m_end;
+    std::thread m_thread;
+};
+
+TEST_F(OvertakenRefresh, OverwritesNoEditThatItCouldNotSeeAtItsBeginning) {
+    Edit(L"m1");
+    const LockTimeout brief(1);
+    auto holder = std::make_unique<OtherHolder>(ddq, statusPath);
+    Interceptor between(server.Port());
+    const TestSession sessionBetween(between.Address());
+    between.Before("/api/GetVersion/", [&] { holder.reset(); });
+    EXPECT_FALSE(Refresh());
+    EXPECT_EQ(Records(tolm::schema::kMaterial), RecordLines{"m1 mine 1 2"});
+    EXPECT_EQ(LocalVersion(), 2);
+    EXPECT_EQ(TakeNotifications(), LoadFailed);
+}
+
+TEST_F(OvertakenRefresh, OverwritesNoEditThatIsNotedWhenTheNotesCouldNotBeReadAtItsBeginning) {
+    MakeStoreAt(statusPath);
+    FaultyFiles files(folder.Path());
+    files.FailAt(1, FaultyFiles::Lasts::Once);
+    OnDownloads(1, [&] {
+        EXPECT_NE(files.FailedPath().find("set_Status.db"), std::string::npos) << files.FailedPath();
+        Edit(L"m1");
+    });
+    EXPECT_FALSE(Refresh());
+    EXPECT_EQ(Records(tolm::schema::kMaterial), RecordLines{"m1 mine 1 2"});
+    EXPECT_EQ(LocalVersion(), 2);
+    EXPECT_EQ(TakeNotifications(), LoadFailed);
+}
+
+TEST_F(OvertakenRefresh, IsNotKeptBackByNotesThatAreNeverReadable) {
+    std::ofstream(vorn::FileSystem::ToNative(statusPath)) << "this is no store, and it is longer than a header of one";
+    OnDownloads(1, [this] { ASSERT_TRUE(util.SetLocalVersion(path, ddq, 1)); });
+    EXPECT_TRUE(Refresh());
+    EXPECT_EQ(DownloadCount(), 2U);
+    EXPECT_EQ(LocalVersion(), 3);
+}
+
+TEST_F(OvertakenRefresh, IsNotKeptBackByNotesThatTurnOutToBeNone) {
+    MakeStoreAt(statusPath);
+    FaultyFiles files(folder.Path());
+    files.FailAt(1, FaultyFiles::Lasts::Once);
+    EXPECT_TRUE(Refresh());
+    EXPECT_TRUE(files.HasFailed());
+    EXPECT_EQ(LocalVersion(), 3);
+}
+
 // --- the version at the end of a synchronisation -------------------------------------------------------------------
 
 class ReplacedVersion : public RefreshFixture {};
@@ -205,6 +281,31 @@ TEST_F(LockOrder, AThreadThatHoldsTheStatusStoreIsRefusedTheDataStore) {
                                                              L"MepQbaseUtil::ReplaceLocalVersion: openDatabase 失败"}));
     }
     EXPECT_EQ(Records(tolm::schema::kMaterial).size(), 1U);
+}
+
+TEST_F(LockOrder, ARefreshIsRefusedItAndAsksNobody) {
+    CloudHas(3, R"({"ConfigTree":[)" + Row("m", "theirs") + "]}", "{}");
+    for (const auto lock : {&CQbase::lockForRead, &CQbase::lockForUpdate}) {
+        WhileHolding(lock, [&] { EXPECT_FALSE(Refresh()); });
+        EXPECT_EQ(TakeDebugWarningsWithFunction(), Warnings{L"MepQbaseUtil::SyncDataFromCloud: 加锁顺序错误"});
+        EXPECT_EQ(TakeNotifications(), OpenFailed);
+    }
+    EXPECT_TRUE(server.Requests().empty());
+    EXPECT_EQ(LocalVersion(), 2);
+}
+
+TEST_F(LockOrder, AMergeIsRefusedIt) {
+    CloudHas(3, R"({"ConfigTree":[)" + Row("m", "theirs") + "]}", R"({"ConfigTree":[]})");
+    for (const auto lock : {&CQbase::lockForRead, &CQbase::lockForUpdate}) {
+        WhileHolding(lock, [&] {
+            EXPECT_FALSE(
+                util.MergeCloudAndLocalDataset(L"P1", &progress, 3, 2, path, ddq, combinedPath, binaryFolder, nullptr));
+        });
+        EXPECT_EQ(TakeDebugWarningsWithFunction(),
+                  (Warnings{L"MepQbaseUtil::MergeCloudAndLocalDataset: 加锁顺序错误",
+                            L"MepQbaseUtil::MergeCloudAndLocalDataset: ducplicateFilesSucc为false"}));
+    }
+    EXPECT_EQ(Records(tolm::schema::kMaterial), RecordLines{"m mine 1 2"});
 }
 
 TEST_F(LockOrder, WithoutALockOnTheStatusStoreNothingIsRefused) {

@@ -36,6 +36,9 @@ constexpr std::wstring_view kDeviceNumbers = L"0123456789\u00B9\u00B2\u00B3";
 constexpr std::size_t kLongestToldName = 80; // characters
 /// What a database file has beside it while it is in use, and the file itself.
 constexpr const wchar_t* kDatabaseSuffixes[] = {L"-journal", L"-wal", L"-shm", L""};
+/// What stands behind a database's name, before what makes it unique, in that of the file that binds several databases
+/// to one commit.
+constexpr std::wstring_view kSuperJournal = L"-mj";
 /// What stands before the extension in the names of a dataset's companions.
 constexpr const wchar_t* kCompanionTags[] = {L"_Status", L"_temp", L"_Status_temp"};
 
@@ -105,6 +108,15 @@ wstring DatabaseOf(const wstring& name) {
     return name;
 }
 
+/// Names of the databases whose super-journal a file of this name would be.
+std::vector<wstring> DatabasesBound(const wstring& name) {
+    std::vector<wstring> databases;
+    for (std::size_t at = 1; at + kSuperJournal.size() <= name.size(); ++at)
+        if (SameName(name.substr(at, kSuperJournal.size()), wstring(kSuperJournal)))
+            databases.push_back(name.substr(0, at));
+    return databases;
+}
+
 /// Names of the stores that a file of this name would stand beside, as their companion or as a part of them.
 std::vector<wstring> PossibleOwners(const wstring& name) {
     const wstring database = DatabaseOf(name);
@@ -164,19 +176,24 @@ bool BinaryFileFolder::BelongsToAStore(const wstring& name) const {
     });
 }
 
+bool BinaryFileFolder::IsTheHosts(const wstring& name) const {
+    const fs::path native = Native(m_folder + L"\\" + name);
+    return std::any_of(m_hostFiles.begin(), m_hostFiles.end(),
+                       [&](const wstring& file) { return IsFile(native, name, file); });
+}
+
 wstring BinaryFileFolder::PathOf(const wstring& name) const {
     if (m_folder.empty() || !IsPlainFileName(name))
         Refuse(name);
     wstring path = m_folder + L"\\" + name;
-    const fs::path native = Native(path);
     std::error_code error;
-    const fs::file_status status = fs::symlink_status(native, error);
+    const fs::file_status status = fs::symlink_status(Native(path), error);
     if (fs::exists(status) && !fs::is_regular_file(status))
         Refuse(name);
-    if (std::any_of(m_hostFiles.begin(), m_hostFiles.end(),
-                    [&](const wstring& file) { return IsFile(native, name, file); }))
-        Refuse(name);
-    if (BelongsToAStore(name))
+    std::vector<wstring> names = DatabasesBound(name);
+    names.push_back(name);
+    if (std::any_of(names.begin(), names.end(),
+                    [&](const wstring& each) { return IsTheHosts(each) || BelongsToAStore(each); }))
         Refuse(name);
     return path;
 }

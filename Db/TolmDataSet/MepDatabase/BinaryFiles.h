@@ -36,6 +36,8 @@ private:
     void Keep(const wstring& database);
     /// Path of the file of this name; throws when it is not the cloud's to change.
     wstring PathOf(const wstring& name) const;
+    /// True for a file that was noted, under whatever name.
+    bool IsTheHosts(const wstring& name) const;
     /// True for a store of this folder and for what stands beside one: its journal and its companions.
     bool BelongsToAStore(const wstring& name) const;
 

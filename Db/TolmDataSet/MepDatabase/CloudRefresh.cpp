@@ -131,13 +131,13 @@ CloudRefresh::Applied CloudRefresh::Apply(web::json::value& increment, const Bas
     auto& add = increment.at("add").as_object();
     auto& del = increment.at("del").as_object();
     if (add.empty() && del.empty())
-        return Applied::No;
+        return Applied::Nothing;
     web::json::value recoverable;
     if (m_recoverInfo != nullptr)
         recoverable = RecoverableRows(del, *m_recoverInfo);
     if (!m_qb->beginTransaction()) {
         m_site.Warn(L"beginTransaction 失败");
-        return Applied::No;
+        return Applied::Failed;
     }
     if (!IsStill(base.content))
         return Applied::Changed;

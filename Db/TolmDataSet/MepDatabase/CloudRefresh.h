@@ -38,9 +38,10 @@ public:
         long content = 0;
     };
     enum class Applied {
-        Yes,    ///< in one transaction, which is still open
-        No,     ///< there was nothing to apply, or no transaction to be had
-        Changed ///< somebody else changed the store meanwhile; nothing was applied
+        Yes,     ///< in one transaction, which is still open
+        Nothing, ///< there was nothing to apply
+        Failed,  ///< there was no transaction to be had, which is reported
+        Changed  ///< somebody else changed the store meanwhile; nothing was applied
     };
     /// The increment is used up.
     Applied Apply(web::json::value& increment, const Base& base);

@@ -61,7 +61,7 @@ bool StoreFrame::Open(const wstring& filePath, const wstring& ddqFilePath, Store
         return false;
     m_filePath = filePath;
     m_ddqFilePath = ddqFilePath;
-    if (IsOutOfOrder())
+    if (IsOutOfOrder(m_site, filePath))
         return false;
     if (access == StoreAccess::ChangeUnlocked)
         return m_qb->openDatabase(ddqFilePath, filePath, false);
@@ -69,11 +69,10 @@ bool StoreFrame::Open(const wstring& filePath, const wstring& ddqFilePath, Store
     return MepQbaseUtil::GetInstance()->OpenQbase(filePath, ddqFilePath, m_qb.get(), flags.forUpdate, flags.create);
 }
 
-/// Two processes that took the two locks crosswise would wait for each other.
-bool StoreFrame::IsOutOfOrder() const {
-    const bool isOutOfOrder = CQbase::isHeldByThisThread(DatasetPaths::Of(m_filePath).status);
+bool StoreFrame::IsOutOfOrder(const CallSite& site, const wstring& dataPath) {
+    const bool isOutOfOrder = CQbase::isHeldByThisThread(DatasetPaths::Of(dataPath).status);
     if (isOutOfOrder)
-        m_site.Warn(L"加锁顺序错误");
+        site.Warn(L"加锁顺序错误");
     return isOutOfOrder;
 }
 

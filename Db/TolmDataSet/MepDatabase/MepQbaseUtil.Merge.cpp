@@ -131,7 +131,8 @@ public:
         : m_site(site), m_definition(definition), m_dataPath(dataPath) {}
 
     bool Copy() {
-        return DuplicateTemporaryKsetFilesBeforeMerge(m_dataPath, m_statusPath, m_tempDataPath, m_tempStatusPath,
+        return !StoreFrame::IsOutOfOrder(m_site, m_dataPath) &&
+               DuplicateTemporaryKsetFilesBeforeMerge(m_dataPath, m_statusPath, m_tempDataPath, m_tempStatusPath,
                                                       m_copies);
     }
 

@@ -24,25 +24,34 @@ class NotedChanges {
 public:
     NotedChanges(const CallSite& site, const wstring& datasetPath, const wstring& definitionPath)
         : m_site(site), m_statusPath(DatasetPaths::Of(datasetPath).status), m_definitionPath(definitionPath),
-          m_stoodThen(MayStand()) {}
+          m_then(Now()) {}
 
-    bool HaveCome() const { return !m_stoodThen && MayStand(); }
+    /// In doubt they have: where there were none and it cannot be told now, and where there are some now and it could
+    /// not be told then. A status store that is never readable keeps nobody from a refresh.
+    bool HaveCome() const {
+        if (m_then == Notes::Some)
+            return false;
+        const Notes now = Now();
+        return now == Notes::Some || (now == Notes::Unknown && m_then == Notes::None);
+    }
 
 private:
-    /// True also where that cannot be told.
-    bool MayStand() const {
+    enum class Notes { None, Some, Unknown };
+
+    Notes Now() const {
         if (!vorn::FileInfo(m_statusPath).Exists())
-            return false;
+            return Notes::None;
         StoreFrame status(m_site);
         long count = 0;
-        return !status.Open(m_statusPath, m_definitionPath, StoreAccess::Read) || !status->getNmbOfRecs(count) ||
-               count > 0;
+        if (!status.Open(m_statusPath, m_definitionPath, StoreAccess::Read) || !status->getNmbOfRecs(count))
+            return Notes::Unknown;
+        return count > 0 ? Notes::Some : Notes::None;
     }
 
     const CallSite& m_site;
     wstring m_statusPath;
     const wstring& m_definitionPath;
-    bool m_stoodThen;
+    Notes m_then;
 };
 
 namespace {
@@ -51,6 +60,7 @@ namespace {
 constexpr int kMostAttempts = 5;
 
 constexpr const wchar_t* kLoadFailed = L"载入失败了！";
+constexpr const wchar_t* kOpenFailed = L"本地配置打开失败！";
 
 void Notify(vorn::NotificationTypes type, const wchar_t* text) {
     vorn::NotificationUtils::PostNotification(type, text);
@@ -119,7 +129,7 @@ public:
     Opened Open(int cloudVersion) {
         const bool isRead = m_store->openDatabase(m_definitionPath, m_filePath, true) && NoteContent() && ReadVersion();
         if (m_existed && !isRead)
-            return FailWith(L"本地配置打开失败！");
+            return FailWith(kOpenFailed);
         if (m_hasHeader && m_base.version == cloudVersion)
             return UpToDate();
         if (m_base.version == 0)
@@ -168,7 +178,7 @@ private:
         if (locked && !IsStill())
             return GiveWay();
         if (!(locked && Empty()) && m_existed)
-            return FailWith(L"本地配置打开失败！");
+            return FailWith(kOpenFailed);
         if (m_base.version != 0)
             return GiveWay();
         return m_changes.HaveCome() ? FailWith(kLoadFailed) : Opened::Ready;
@@ -206,6 +216,26 @@ void FetchSystemChanges(const wstring& workunitId) {
         SyncSystemChangeData(std::move(changes));
 }
 
+/// What was recovered before a refresh. What does not reach the disk was not recovered: neither the host nor the next
+/// upload may count on it, and both still count on what was.
+class RecoveredBefore {
+public:
+    RecoveredBefore(std::vector<wstring>& ids, RecoverDataInfo* info)
+        : m_ids(ids), m_info(info), m_idsBefore(ids), m_recovered(info != nullptr && info->recovered) {}
+
+    void Restore() {
+        m_ids = m_idsBefore;
+        if (m_info != nullptr)
+            m_info->recovered = m_recovered;
+    }
+
+private:
+    std::vector<wstring>& m_ids;
+    RecoverDataInfo* m_info;
+    std::vector<wstring> m_idsBefore;
+    bool m_recovered;
+};
+
 /// Stamps the version, last of all, and closes. True when everything is on disk.
 bool StampAndClose(const CallSite& site, StoreFrame& store, int version, bool writeTimePoint) {
     const bool stamped = StampVersion(*store, version) && (!writeTimePoint || !StampTimePoint(*store).empty());
@@ -214,6 +244,19 @@ bool StampAndClose(const CallSite& site, StoreFrame& store, int version, bool wr
     if (!stamped)
         site.Warn(L"saveRec 失败");
     return stamped;
+}
+
+/// Of a refresh that applied nothing. It is silent where there was nothing to apply; nothing comes back where it begins
+/// anew.
+std::optional<bool> ResultWithout(CloudRefresh::Applied applied) {
+    switch (applied) {
+    case CloudRefresh::Applied::Changed:
+        return std::nullopt;
+    case CloudRefresh::Applied::Failed:
+        return Fail(kLoadFailed);
+    default:
+        return false;
+    }
 }
 
 } // namespace
@@ -229,6 +272,8 @@ bool MepQbaseUtil::SyncDataFromCloud(bool writeTimePoint, vorn::IProgressReporte
     }
     const CallSite site = TOLM_CALL_SITE;
     const RefreshPlace place{datasetFilePath, templateFilePath, combinedProductFilePath, binaryFileFolder};
+    if (StoreFrame::IsOutOfOrder(site, place.dataset))
+        return Fail(kOpenFailed);
     const NotedChanges changes(site, place.dataset, place.definition);
     for (int attempt = 0; attempt < kMostAttempts && !changes.HaveCome(); ++attempt) {
         const auto done = RefreshOnce(site, place, changes, writeTimePoint, progress, recoverInfo);
@@ -263,20 +308,14 @@ std::optional<bool> MepQbaseUtil::RefreshOnce(const CallSite& site, const Refres
         return false;
     CloudRefresh refresh(site, store.get(), progress,
                          {place.definition, place.combinedProducts, place.binaryFolder, place.dataset}, recoverInfo);
-    // What did not reach the disk was not recovered: neither the host nor the next upload may count on it.
-    const bool recoveredBefore = recoverInfo != nullptr && recoverInfo->recovered;
-    const auto forgetRecovered = [&] {
-        m_recoveredSystemTypeIds.clear();
-        if (recoverInfo != nullptr)
-            recoverInfo->recovered = recoveredBefore;
-    };
+    RecoveredBefore recoveredBefore(m_recoveredSystemTypeIds, recoverInfo);
     try {
         FetchSystemChanges(workunitId);
         if (const auto applied = refresh.Apply(root, local.Base()); applied != CloudRefresh::Applied::Yes)
-            return applied == CloudRefresh::Applied::Changed ? std::nullopt : std::optional(false);
+            return ResultWithout(applied);
         if (!StampAndClose(site, store, cloudVersion, writeTimePoint)) {
-            forgetRecovered();
-            return false;
+            recoveredBefore.Restore();
+            return Fail(kLoadFailed);
         }
         refresh.Report(80);
         Notify(vorn::NotificationTypes::Success, L"载入成功！");
@@ -284,7 +323,7 @@ std::optional<bool> MepQbaseUtil::RefreshOnce(const CallSite& site, const Refres
     } catch (...) {
         LogCurrentException();
         if (!store.Close())
-            forgetRecovered();
+            recoveredBefore.Restore();
         return Fail(kLoadFailed);
     }
 }

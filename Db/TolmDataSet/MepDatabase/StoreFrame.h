@@ -42,6 +42,11 @@ public:
     /// Commits and closes. Where that fails nothing of the changes is kept, which is reported, and false.
     bool Close();
 
+    /// True, and reported in the name of `site`, when this thread holds the status store of the dataset at the path:
+    /// two processes that took the two locks crosswise would wait for each other. To be asked before a lock on a data
+    /// store is taken past `Open`.
+    static bool IsOutOfOrder(const CallSite& site, const wstring& dataPath);
+
     bool IsMade() const { return m_qb.get() != nullptr; }
     CQbase* get() const { return m_qb.get(); }
     CQbase* operator->() const { return m_qb.get(); }
@@ -107,8 +112,6 @@ public:
     static void SetMaker(Maker maker);
 
 private:
-    bool IsOutOfOrder() const;
-
     template <class Record>
     static LocalChange ChangeOf(const char* classCode, const wstring& id, ChangeStatus status, const Record& record) {
         return {classCode, id, static_cast<std::int32_t>(status), ToShort(record.GetMEPType()),
