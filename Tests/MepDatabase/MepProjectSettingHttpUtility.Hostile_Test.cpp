@@ -53,20 +53,23 @@ class HostileCalls : public testing::TestWithParam<CloudCallRow> {
 protected:
     static std::string TrueBody() { return std::string(R"({"code":"10000","data":)") + GetParam().Data() + "}"; }
 
-    /// Runs the call against the answer, and expects that it asked once, here and nowhere else.
-    CallOutcome Answered(const ScriptedAnswer& answer, int timeOut) {
+    /// Runs the call against the answer, and expects that it asked once, here and nowhere else. With a time-out that is
+    /// to end the call it may have ended, on a busy machine, before the service had read the request.
+    CallOutcome Answered(const ScriptedAnswer& answer, int timeOut, bool mayEndUnheard = false) {
         ScriptedServer server;
         server.Next(answer);
         const TestSession session({server.Address(), L"P1", L"W1", timeOut});
         const auto outcome = GetParam().run();
-        EXPECT_EQ(server.Paths(), std::vector<std::string>{GetParam().path});
+        if (const auto paths = server.Paths(); !mayEndUnheard || !paths.empty())
+            EXPECT_EQ(paths, std::vector<std::string>{GetParam().path});
         EXPECT_TRUE(elsewhere.Requests().empty());
         return outcome;
     }
 
     void ExpectTaken(const HostileAnswer& hostile) {
         SCOPED_TRACE(hostile.name);
-        const auto [done, out] = Answered(hostile.answer, hostile.isSlow ? TimeOutOfTheHost() : kLongTimeOut);
+        const auto [done, out] =
+            Answered(hostile.answer, hostile.isSlow ? TimeOutOfTheHost() : kLongTimeOut, hostile.isSlow);
         if (done) {
             EXPECT_TRUE(MaySucceed(hostile.means));
             EXPECT_EQ(out, trueOutcome.out);
