@@ -1,6 +1,6 @@
 // Calls by which the library changes files past SQLite: those of binary files and of folders. They stand before the
-// system's own, count as changes of `FaultyFiles`, and are noted as not synced. SQLite's files pass, which its own
-// layer stands for.
+// system's own, count as changes of `FaultyFiles`, which names them too, and are noted as not synced. SQLite's files
+// pass, which its own layer stands for.
 
 #include "Support/FaultyFilesState.h"
 
@@ -44,11 +44,11 @@ bool IsFolder(int handle) {
 }
 
 /// What happens before a file goes.
-void BeforeDeletion(const char* path) {
+void BeforeDeletion(const char* path, const char* function) {
     State* const state = StateFor(path);
     if (state == nullptr || ::access(path, F_OK) != 0)
         return;
-    state->Change(path, "delete");
+    state->ChangePastSqlite(path, "delete", function);
     state->Log().AddDeletion(path);
 }
 
@@ -65,7 +65,7 @@ int open(const char* path, int flags, ...) {
     va_end(rest);
     State* const state = (flags & O_CREAT) != 0 && ::access(path, F_OK) != 0 ? StateFor(path) : nullptr;
     if (state != nullptr)
-        state->Change(path, "create");
+        state->ChangePastSqlite(path, "create", "open");
     const int handle = Real(&open, "open")(path, flags, mode);
     if (state != nullptr && handle >= 0)
         state->Log().AddCreation(path);
@@ -75,7 +75,7 @@ int open(const char* path, int flags, ...) {
 ssize_t write(int handle, const void* bytes, std::size_t size) {
     if (const std::string path = State::Living() != nullptr ? PathOf(handle) : std::string();
         State* const state = StateFor(path.c_str())) {
-        state->Change(path.c_str(), "write");
+        state->ChangePastSqlite(path.c_str(), "write", "write");
         state->Log().AddWrite(path, ::lseek(handle, 0, SEEK_CUR), bytes, size);
     }
     return Real(&write, "write")(handle, bytes, size);
@@ -87,7 +87,7 @@ int fsync(int handle) {
     State* const state = StateFor(path.c_str());
     if (state == nullptr)
         return Real(&fsync, "fsync")(handle);
-    state->Change(path.c_str(), "sync");
+    state->ChangePastSqlite(path.c_str(), "sync", "fsync");
     if (IsFolder(handle))
         state->Log().SyncFolder(path);
     else
@@ -97,7 +97,7 @@ int fsync(int handle) {
 
 int rename(const char* from, const char* to) {
     if (State* const state = StateFor(to)) {
-        state->Change(to, "rename");
+        state->ChangePastSqlite(to, "rename", "rename");
         state->Log().AddRename(from, to);
     }
     return Real(&rename, "rename")(from, to);
@@ -106,7 +106,7 @@ int rename(const char* from, const char* to) {
 int mkdir(const char* path, mode_t mode) {
     State* const state = ::access(path, F_OK) != 0 ? StateFor(path) : nullptr;
     if (state != nullptr)
-        state->Change(path, "create");
+        state->ChangePastSqlite(path, "create", "mkdir");
     const int code = Real(&mkdir, "mkdir")(path, mode);
     if (state != nullptr && code == 0)
         state->Log().AddCreation(path);
@@ -114,12 +114,12 @@ int mkdir(const char* path, mode_t mode) {
 }
 
 int unlink(const char* path) {
-    BeforeDeletion(path);
+    BeforeDeletion(path, "unlink");
     return Real(&unlink, "unlink")(path);
 }
 
 int remove(const char* path) {
-    BeforeDeletion(path);
+    BeforeDeletion(path, "remove");
     return Real(&remove, "remove")(path);
 }
 }

@@ -284,6 +284,9 @@ long FaultyFiles::Calls() const {
 long FaultyFiles::Changes() const {
     return m_state->Changes();
 }
+std::set<std::string> FaultyFiles::FunctionsPastSqlite() const {
+    return m_state->FunctionsPastSqlite();
+}
 bool FaultyFiles::HasFailed() const {
     return m_state->HasFailed();
 }

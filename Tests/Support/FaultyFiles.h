@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 namespace tolmtest {
@@ -20,7 +21,7 @@ public:
         Kept,    ///< all of them, as after the end of a process
         Dropped, ///< none of them
         Torn,    ///< of each, by chance, all or none of its sectors or some of them, whatever came before or after; of
-                 ///< what was done to the folder some of the first
+                 ///< what was done to the folder some steps, in no order but that of one name
     };
 
     /// By its name: "kept", "dropped" or "torn".
@@ -53,6 +54,9 @@ public:
     /// Calls of any kind, and changing ones alone, since the last of those above.
     long Calls() const;
     long Changes() const;
+    /// The functions of the system, by name, that changed files past SQLite since then: in a program that
+    /// `Crash/SystemCalls.cpp` is part of.
+    std::set<std::string> FunctionsPastSqlite() const;
     /// True when a call failed since then.
     bool HasFailed() const;
     /// The file whose call failed first since then, and what that was to do: "read", "write", "sync", "truncate",

@@ -13,6 +13,7 @@ bool FaultyFiles::State::Watches(const char* path) const {
 
 void FaultyFiles::State::Reset() {
     m_calls = m_changes = 0;
+    m_functions.clear();
     m_failAt = m_cutAt = 0;
     m_diskLeft = -1;
     m_refusesChanges = false;
@@ -63,6 +64,11 @@ bool FaultyFiles::State::Change(const char* path, const char* call) {
     if (++m_changes == m_cutAt)
         CutPower();
     return Count(path, call) || (m_refusesChanges && NoteFailure(path, call));
+}
+
+void FaultyFiles::State::ChangePastSqlite(const char* path, const char* call, const char* function) {
+    m_functions.insert(function);
+    Change(path, call);
 }
 
 int FaultyFiles::State::Room(const char* path, int bytes) {

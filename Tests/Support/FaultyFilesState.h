@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -36,6 +37,8 @@ public:
     /// True when this call is to fail; `call` is what it does.
     bool Look(const char* path, const char* call) { return Count(path, call); }
     bool Change(const char* path, const char* call);
+    /// The same of a file that is none of SQLite's, by a function of the system's.
+    void ChangePastSqlite(const char* path, const char* call, const char* function);
     /// How many of the bytes of a write the disk still takes.
     int Room(const char* path, int bytes);
     bool OpensForReadingOnly(const char* path);
@@ -50,6 +53,7 @@ public:
     UnsyncedWrites& Log() { return m_unsynced; }
     long Calls() const { return m_calls; }
     long Changes() const { return m_changes; }
+    const std::set<std::string>& FunctionsPastSqlite() const { return m_functions; }
     bool HasFailed() const { return m_hasFailed; }
     const std::string& FailedPath() const { return m_failedPath; }
     const std::string& FailedCall() const { return m_failedCall; }
@@ -62,6 +66,7 @@ private:
     sqlite3_vfs* m_real;
     long m_calls = 0;
     long m_changes = 0;
+    std::set<std::string> m_functions;
     long m_failAt = 0;
     Lasts m_lasts = Lasts::Once;
     std::int64_t m_diskLeft = -1;
