@@ -159,7 +159,6 @@ protected:
             words.push_back(word);
         ChildProcess process(words);
         m_changes = std::atol(process.ReadLine().c_str());
-        m_functions = process.ReadLine();
         return process.Wait();
     }
     void CutInEachWay(long change) {
@@ -196,7 +195,6 @@ protected:
     int m_told = 0;
     End m_end;
     long m_changes = 0;
-    std::string m_functions; ///< of the system, which changed files past SQLite
     long m_points = 0;
 };
 
@@ -221,6 +219,17 @@ TEST_P(SyncFaults, OfThePowerAreMadeUpForByTheNextSync) {
     for (long way = 0; way < TornWays(); ++way)
         CutBehindTheEnd("torn", way);
     TellTriedPoints("power cuts", std::string("tolm sync, ") + GetParam().title, m_points);
+}
+
+/// Without this, cuts among the changes of such files would be gone, and nothing would tell.
+TEST(CrashTool, MeetsTheChangesPastSqlite) {
+    const TempFolder folder;
+    const auto native = vorn::StringUtil::ToString(folder.Path());
+    ChildProcess process(
+        {TOLM_BINARY_DIR "/bin/tolm-crash-tool", native, "0", kKept, "0", "new", native + "/office.db"});
+    EXPECT_GT(std::atol(process.ReadLine().c_str()), 0);
+    EXPECT_EQ(process.ReadLine(), "fsync open rename write ");
+    EXPECT_EQ(process.Wait(), tolmcli::Done);
 }
 
 /// The comparison takes a status store that it cannot read for one without changes.
