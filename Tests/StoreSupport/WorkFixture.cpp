@@ -109,6 +109,7 @@ constexpr const wchar_t* kOfAMerge[] = {L"复制文件失败 exception", L"ducpl
                                         L"删除文件失败 exception"};
 constexpr const wchar_t* kOfAnUpload[] = {L"fetchNextRec 失败", L"RemoveFile 失败", L"closeDatabase 失败"};
 constexpr const wchar_t* kOfASavedStamp[] = {L"saveRec 失败"};
+constexpr const wchar_t* kOfAComparison[] = {L"closeDatabase 失败"};
 constexpr const wchar_t* kOfAFailedMerge[] = {L"mergeSucc 失败"};
 constexpr const wchar_t* kOfAFailedUpload[] = {L"bSucc 失败"};
 
@@ -158,12 +159,12 @@ const std::vector<PreparedWork>& PreparedWorks() {
         {"MergeAndUpload",
          "synchronise",
          LoadAndDrift,
-         {kOfAMerge, kOfAFailedMerge, kOfAnUpload, kOfAFailedUpload, kOfAStamp},
+         {kOfAComparison, kOfAMerge, kOfAFailedMerge, kOfAnUpload, kOfAFailedUpload, kOfAStamp},
          {.mayBeRepeated = true, .tryOneOf = 17, .stages = {"merge", "upload"}}},
         {"MergeWithNothingLeftToUpload",
          "synchronise",
          LoadAndLose,
-         {kOfAMerge, kOfAFailedMerge, kOfAStamp},
+         {kOfAComparison, kOfAMerge, kOfAFailedMerge, kOfAStamp},
          {.mayBeRepeated = true, .tryOneOf = 17, .stages = {"merge"}}},
     };
     return works;
