@@ -85,8 +85,9 @@ run_tests() {
         return
     fi
     logs=$(mktemp -d)
-    for index in $(seq 0 $((parts - 1))); do
-        for program in build/"$preset"/bin/tolm-*-tests; do
+    # The largest programs first, so that none of their parts is left to run alone at the end.
+    ls -S build/"$preset"/bin/tolm-*-tests | while read -r program; do
+        for index in $(seq 0 $((parts - 1))); do
             printf '%s %s %s %s\n' "$program" "$index" "$parts" "$logs"
         done
     done | xargs -P "$(nproc)" -L 1 bash -c 'run_shard "$@"' run_shard

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <ranges>
 #include <utility>
 
 namespace qbase {
@@ -143,11 +142,13 @@ void Connection::Begin(LockKind kind) {
 void Connection::Commit() {
     ResetAll(Get());
     const auto isRecorded = [](const File& file) { return file.record && !file.changed.empty(); };
-    for (const File& file : m_files | std::views::filter(isRecorded))
-        RaiseChangeCounter(file);
+    for (const File& file : m_files)
+        if (isRecorded(file))
+            RaiseChangeCounter(file);
     Execute("COMMIT");
-    for (File& file : m_files | std::views::filter(isRecorded))
-        file.record->Add(std::exchange(file.changed, {}));
+    for (File& file : m_files)
+        if (isRecorded(file))
+            file.record->Add(std::exchange(file.changed, {}));
     EndTransaction();
 }
 
