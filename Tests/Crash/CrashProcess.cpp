@@ -1,6 +1,7 @@
 // One operation on a dataset in a process of its own, which the power is cut for at one of its changes:
 //   tolm-crash-process OPERATION FOLDER ADDRESS CHANGE kept|dropped|torn SEED
-// CHANGE 0 lets it come to its end; it prints how many changes it made. One more than these cuts the power when the
+// CHANGE 0 lets it come to its end; it prints how many changes it made, and by which functions of the system those past
+// SQLite. One more than these cuts the power when the
 // operation has said true. Exit code 0 for true, 1 for false.
 
 #include "Host/Session.h"
@@ -29,5 +30,8 @@ int main(int argc, char** argv) {
     if (said && change == files.Changes() + 1)
         files.CutPower();
     std::cout << files.Changes() << "\n";
+    for (const auto& function : files.FunctionsPastSqlite())
+        std::cout << function << ' ';
+    std::cout << "\n";
     return said ? 0 : 1;
 }

@@ -1,8 +1,9 @@
 // The command line in a process of its own, which the power is cut for at one of the changes of its files:
 //   tolm-crash-tool FOLDER CHANGE kept|dropped|torn SEED COMMAND...
-// CHANGE 0 lets it come to its end; it prints how many changes it made, and nothing of what the command says. CHANGE -1
-// cuts the power when the command is done: how many changes that takes is not the same each time, as a point of time is
-// written only where it is another one. The exit code is that of the command.
+// CHANGE 0 lets it come to its end; it prints how many changes it made, and by which functions of the system those past
+// SQLite, and nothing of what the command says. CHANGE -1 cuts the power when the command is done: how many changes
+// that takes is not the same each time, as a point of time is written only where it is another one. The exit code is
+// that of the command.
 
 #include "Support/FaultyFiles.h"
 #include "Tolm/Commands.h"
@@ -28,5 +29,8 @@ int main(int argc, char** argv) {
     if (code == tolmcli::Done && change < 0)
         files.CutPower();
     std::cout << files.Changes() << "\n";
+    for (const auto& function : files.FunctionsPastSqlite())
+        std::cout << function << ' ';
+    std::cout << "\n";
     return code;
 }

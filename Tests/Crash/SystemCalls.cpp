@@ -1,8 +1,8 @@
 // Calls by which the library changes files past SQLite: those of binary files and of folders. They stand before the
-// system's own, count as changes of `FaultyFiles`, and are noted as not synced. SQLite's files pass, which its own
-// layer stands for.
+// system's own, count as changes of `FaultyFiles`, which names them too, and are noted as not synced. SQLite's files
+// pass, which its own layer stands for.
 
-#include "Support/FaultyFilesState.h"
+#include "Support/FaultyFiles.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -15,7 +15,7 @@
 
 namespace {
 
-using State = tolmtest::FaultyFiles::State;
+using tolmtest::FaultyFiles;
 
 /// The function that would have been called.
 template <class Function> Function* Real(Function*, const char* name) {
@@ -26,10 +26,10 @@ bool IsOfSqlite(std::string_view path) {
     return path.ends_with(".db") || path.find(".db-") != std::string_view::npos;
 }
 
-/// The state that a change of this path counts in; null where it is left alone.
-State* StateFor(const char* path) {
-    State* const state = State::Living();
-    return state != nullptr && state->Watches(path) && !IsOfSqlite(path) ? state : nullptr;
+/// The faults among which a change of this path counts; null where it is left alone.
+FaultyFiles* FaultsFor(const char* path) {
+    FaultyFiles* const faults = FaultyFiles::Living();
+    return faults != nullptr && faults->Watches(path) && !IsOfSqlite(path) ? faults : nullptr;
 }
 
 std::string PathOf(int handle) {
@@ -44,12 +44,12 @@ bool IsFolder(int handle) {
 }
 
 /// What happens before a file goes.
-void BeforeDeletion(const char* path) {
-    State* const state = StateFor(path);
-    if (state == nullptr || ::access(path, F_OK) != 0)
+void BeforeDeletion(const char* path, const char* function) {
+    FaultyFiles* const faults = FaultsFor(path);
+    if (faults == nullptr || ::access(path, F_OK) != 0)
         return;
-    state->Change(path, "delete");
-    state->Log().AddDeletion(path);
+    faults->ChangePastSqlite(path, "delete", function);
+    faults->Log().AddDeletion(path);
 }
 
 } // namespace
@@ -63,63 +63,63 @@ int open(const char* path, int flags, ...) {
     va_start(rest, flags);
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
     va_end(rest);
-    State* const state = (flags & O_CREAT) != 0 && ::access(path, F_OK) != 0 ? StateFor(path) : nullptr;
-    if (state != nullptr)
-        state->Change(path, "create");
+    FaultyFiles* const faults = (flags & O_CREAT) != 0 && ::access(path, F_OK) != 0 ? FaultsFor(path) : nullptr;
+    if (faults != nullptr)
+        faults->ChangePastSqlite(path, "create", "open");
     const int handle = Real(&open, "open")(path, flags, mode);
-    if (state != nullptr && handle >= 0)
-        state->Log().AddCreation(path);
+    if (faults != nullptr && handle >= 0)
+        faults->Log().AddCreation(path);
     return handle;
 }
 
 ssize_t write(int handle, const void* bytes, std::size_t size) {
-    if (const std::string path = State::Living() != nullptr ? PathOf(handle) : std::string();
-        State* const state = StateFor(path.c_str())) {
-        state->Change(path.c_str(), "write");
-        state->Log().AddWrite(path, ::lseek(handle, 0, SEEK_CUR), bytes, size);
+    if (const std::string path = FaultyFiles::Living() != nullptr ? PathOf(handle) : std::string();
+        FaultyFiles* const faults = FaultsFor(path.c_str())) {
+        faults->ChangePastSqlite(path.c_str(), "write", "write");
+        faults->Log().AddWrite(path, ::lseek(handle, 0, SEEK_CUR), bytes, size);
     }
     return Real(&write, "write")(handle, bytes, size);
 }
 
 /// Counts, and is done: the system itself goes on running in a test.
 int fsync(int handle) {
-    const std::string path = State::Living() != nullptr ? PathOf(handle) : std::string();
-    State* const state = StateFor(path.c_str());
-    if (state == nullptr)
+    const std::string path = FaultyFiles::Living() != nullptr ? PathOf(handle) : std::string();
+    FaultyFiles* const faults = FaultsFor(path.c_str());
+    if (faults == nullptr)
         return Real(&fsync, "fsync")(handle);
-    state->Change(path.c_str(), "sync");
+    faults->ChangePastSqlite(path.c_str(), "sync", "fsync");
     if (IsFolder(handle))
-        state->Log().SyncFolder(path);
+        faults->Log().SyncFolder(path);
     else
-        state->Log().Sync(path);
+        faults->Log().Sync(path);
     return 0;
 }
 
 int rename(const char* from, const char* to) {
-    if (State* const state = StateFor(to)) {
-        state->Change(to, "rename");
-        state->Log().AddRename(from, to);
+    if (FaultyFiles* const faults = FaultsFor(to)) {
+        faults->ChangePastSqlite(to, "rename", "rename");
+        faults->Log().AddRename(from, to);
     }
     return Real(&rename, "rename")(from, to);
 }
 
 int mkdir(const char* path, mode_t mode) {
-    State* const state = ::access(path, F_OK) != 0 ? StateFor(path) : nullptr;
-    if (state != nullptr)
-        state->Change(path, "create");
+    FaultyFiles* const faults = ::access(path, F_OK) != 0 ? FaultsFor(path) : nullptr;
+    if (faults != nullptr)
+        faults->ChangePastSqlite(path, "create", "mkdir");
     const int code = Real(&mkdir, "mkdir")(path, mode);
-    if (state != nullptr && code == 0)
-        state->Log().AddCreation(path);
+    if (faults != nullptr && code == 0)
+        faults->Log().AddCreation(path);
     return code;
 }
 
 int unlink(const char* path) {
-    BeforeDeletion(path);
+    BeforeDeletion(path, "unlink");
     return Real(&unlink, "unlink")(path);
 }
 
 int remove(const char* path) {
-    BeforeDeletion(path);
+    BeforeDeletion(path, "remove");
     return Real(&remove, "remove")(path);
 }
 }

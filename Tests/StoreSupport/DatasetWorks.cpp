@@ -47,9 +47,20 @@ bool PullAndRecover(const WorkPlace& place) {
            info.recovered;
 }
 
-bool Read(const WorkPlace& place) {
+bool ReadData(const WorkPlace& place) {
     std::vector<MaterialPtr> list;
     return Util().ReadMaterialList(place.path, Definition(), Type::Pipe, Discipline::Plumbing, list);
+}
+
+/// Unlike a reader who takes a status store that does not open for none, it says so. One that is empty is none.
+bool ReadStatus(const WorkPlace& place) {
+    const std::wstring status = tolm::DatasetPaths::Of(place.path).status;
+    CQbase qb;
+    long count = 0;
+    if (!vorn::FileInfo(status).Exists())
+        return true;
+    return qb.openDatabase(Definition(), status, false) ? qb.lockForRead() && qb.getNmbOfRecs(count)
+                                                        : vorn::FileInfo(status).Size() == 0;
 }
 
 /// The local m2 gives way to the cloud's m1.
@@ -124,7 +135,8 @@ bool Synchronise(const WorkPlace& place) {
 }
 
 constexpr DatasetWork kWorks[] = {
-    {"read", Read},
+    {"read", [](const WorkPlace& place) { return ReadData(place) && ReadStatus(place); }},
+    {"read status first", [](const WorkPlace& place) { return ReadStatus(place) && ReadData(place); }},
     {"edit", [](const WorkPlace& place) { return Write(place, L"m1"); }},
     {"create", [](const WorkPlace& place) { return Write(place, L"m9"); }},
     {"delete", Delete},

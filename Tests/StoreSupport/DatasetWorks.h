@@ -21,10 +21,10 @@ struct DatasetWork {
 };
 
 std::span<const DatasetWork> DatasetWorks();
-/// The operation of this name; throws where there is none.
 /// Puts a category service in place that knows nothing; combined products are not read without one.
 void UseUnknowingCategories();
 
+/// The operation of this name; throws where there is none.
 const DatasetWork& FindDatasetWork(const std::string& name);
 
 inline void PrintTo(const DatasetWork& work, std::ostream* out) {

@@ -3,11 +3,12 @@
 #include "MepDatabase/DatasetPaths.h"
 #include "StoreSupport/StoreFixture.h"
 #include "Support/DebugWarnings.h"
+#include "Support/TriedPoints.h"
 #include "Vorn/Files.h"
+#include "Vorn/Notification.h"
 #include "Vorn/Text.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <stdexcept>
 
 namespace tolmtest {
@@ -17,8 +18,7 @@ constexpr long kDiskStep = 512;
 
 /// How many of the faults are tried: every one with 1.
 long Stride(long otherwise) {
-    const char* const text = std::getenv("TOLM_FAULT_STRIDE");
-    return text == nullptr ? otherwise : std::max(1L, std::atol(text));
+    return AskedFor("TOLM_FAULT_STRIDE", otherwise);
 }
 
 void AddFacts(const std::wstring& path, const std::string& prefix, Facts& facts) {
@@ -51,6 +51,13 @@ std::string WhatAFileOfItsOwnHolds(const std::string& path) {
     return place == std::string::npos ? std::string() : "file/" + path.substr(place + kBinaryFolder.size());
 }
 
+bool IsSuccess(const Notification& notification) {
+    return notification.type == static_cast<int>(vorn::NotificationTypes::Success);
+}
+bool IsFailure(const Notification& notification) {
+    return notification.type == static_cast<int>(vorn::NotificationTypes::Failure);
+}
+
 } // namespace
 
 Facts DatasetFacts(const std::wstring& path) {
@@ -73,10 +80,14 @@ Facts CompanionFacts(const std::wstring& path) {
     return facts;
 }
 
-FaultLoop::FaultLoop(const std::wstring& folder, std::wstring path, std::function<bool()> work)
-    : m_path(std::move(path)), m_work(std::move(work)), m_start(folder), m_before(DatasetFacts(m_path)),
-      m_files(folder), m_stride(Stride(1)) {
+FaultLoop::FaultLoop(const std::wstring& folder, std::wstring path, std::function<bool()> work,
+                     std::function<Sent()> takeSent)
+    : m_path(std::move(path)), m_work(std::move(work)), m_takeSent(std::move(takeSent)), m_start(folder),
+      m_before(DatasetFacts(m_path)), m_files(folder), m_stride(Stride(1)) {
     EXPECT_TRUE(m_work()) << "without a fault";
+    m_heard = TakeNotifications();
+    EXPECT_FALSE(std::ranges::any_of(m_heard, IsFailure)) << "without a fault";
+    m_sent = m_takeSent();
     m_after = DatasetFacts(m_path);
     m_companionsAfter = CompanionFacts(m_path);
     EXPECT_NE(m_before, m_after) << "the operation changes nothing";
@@ -85,6 +96,8 @@ FaultLoop::FaultLoop(const std::wstring& folder, std::wstring path, std::functio
 void FaultLoop::MayStopAt(const std::function<void()>& make) {
     m_start.PutBack();
     make();
+    TakeNotifications();
+    m_takeSent();
     m_between.push_back(DatasetFacts(m_path));
 }
 
@@ -118,7 +131,9 @@ bool FaultLoop::RunOne(Fault fault, long number) {
     constexpr const char* names[] = {"once", "for good", "full disk"};
     const std::string where = std::string(names[static_cast<int>(fault)]) + ", " + std::to_string(number) + ", " +
                               m_failedCall + " " + m_failedPath;
-    TakeWords(where);
+    JudgeWarnings(where);
+    JudgeNotifications(said, where);
+    TakeLogLines();
     Judge(said, where);
     if (!said)
         ExpectNextTrySucceeds(where);
@@ -166,20 +181,38 @@ bool FaultLoop::StatusStayedShut() const {
 void FaultLoop::ExpectNextTrySucceeds(const std::string& where) {
     const Facts left = DatasetFacts(m_path);
     EXPECT_TRUE(m_work()) << where << ": next try";
-    TakeWords(where);
+    JudgeWarnings(where + ": next try");
+    JudgeNextNotifications(where);
+    TakeLogLines();
     const Facts facts = DatasetFacts(m_path);
     const bool stays = m_mayStay && facts == left && std::ranges::find(m_between, left) != m_between.end();
     EXPECT_TRUE(stays || Same(m_after, facts)) << where << ": next try";
     EXPECT_TRUE(Same(m_companionsAfter, CompanionFacts(m_path))) << where << ": next try";
 }
 
-void FaultLoop::TakeWords(const std::string& where) {
+void FaultLoop::JudgeWarnings(const std::string& where) const {
     for (const auto& warning : TakeDebugWarnings()) {
         const bool known = std::ranges::any_of(m_warnings, [&](const auto& text) { return warning.starts_with(text); });
         EXPECT_TRUE(known) << where << ": " << vorn::StringUtil::ToString(warning);
     }
-    TakeNotifications();
-    TakeLogLines();
+}
+
+void FaultLoop::JudgeNotifications(bool said, const std::string& where) {
+    const auto heard = TakeNotifications();
+    const Sent sent = m_takeSent();
+    if (said) {
+        EXPECT_EQ(m_heard, heard) << where << ": said true";
+        return;
+    }
+    const bool wentOut = !sent.empty() && sent == m_sent;
+    EXPECT_EQ(std::ranges::any_of(heard, IsSuccess), wentOut) << where << ": said false";
+}
+
+/// It may be another operation that is left to do, with a success of its own.
+void FaultLoop::JudgeNextNotifications(const std::string& where) const {
+    m_takeSent();
+    const auto heard = TakeNotifications();
+    EXPECT_FALSE(std::ranges::any_of(heard, IsFailure)) << where << ": next try";
 }
 
 } // namespace tolmtest

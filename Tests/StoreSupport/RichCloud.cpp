@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <initializer_list>
+#include <algorithm>
 
 namespace tolmtest {
 namespace {
@@ -111,10 +111,9 @@ std::string Increment(const json& add, const json& del) {
     return json{{"add", add}, {"del", del}}.dump();
 }
 
-} // namespace
-
-std::string RichIncrement() {
-    const json add{
+/// What the cloud holds at first.
+json FirstTables() {
+    return {
         {"ConfigTree",
          {Material("m1", "copper"), Material("m2", "steel"), PipeSizes("p1", "steel pipe", 0.15),
           PipeSizes("p2", "copper pipe", 0.01), DuctSizes("d1", "sheet", 0.5), DuctSizes("d2", "plate", 0.7),
@@ -125,7 +124,20 @@ std::string RichIncrement() {
         {"Combination_16353515", {Product("k1", "pumps", 1800), Product("k2", "more pumps", 900)}},
         {"BinaryTable", {BinaryFile("plan.bin", "Zmlyc3Q=", 5), BinaryFile("old.bin", "b2xk", 3)}},
     };
-    return Increment(add, json::object());
+}
+
+/// What of it changes or goes: all but the material of the size tables.
+json ChangedFirstTables() {
+    json tables = FirstTables();
+    auto& tree = tables["ConfigTree"];
+    tree.erase(std::ranges::find_if(tree, [](const json& row) { return row["ID"] == "m2"; }));
+    return tables;
+}
+
+} // namespace
+
+std::string RichIncrement() {
+    return Increment(FirstTables(), json::object());
 }
 
 std::string RichFurtherIncrement() {
@@ -140,18 +152,7 @@ std::string RichFurtherIncrement() {
         {"Combination_16353515", {Product("k1", "pumps", 2000), Product("k3", "fans", 700)}},
         {"BinaryTable", {BinaryFile("plan.bin", "c2Vjb25kLCBsb25nZXI=", 14), BinaryFile("new.bin", "bmV3", 3)}},
     };
-    const json del{
-        {"ConfigTree",
-         {Material("m1", "copper"), PipeSizes("p1", "steel pipe", 0.15), DuctSizes("d1", "sheet", 0.5),
-          Group("g1", "water"), PipeSizes("p2", "copper pipe", 0.01), DuctSizes("d2", "plate", 0.7),
-          Group("g2", "waste")}},
-        {"PipeType", {Series("f1", "threaded", 80.0), Series("f2", "welded", 50.0)}},
-        {"PipeSystemType", {SystemType("y1", "cold water"), SystemType("y2", "hot water")}},
-        {"CircuitTemplate", {CircuitTemplate("t1", "2.5"), CircuitTemplate("t2", "4")}},
-        {"Combination_16353515", {Product("k1", "pumps", 1800), Product("k2", "more pumps", 900)}},
-        {"BinaryTable", {BinaryFile("plan.bin", "Zmlyc3Q=", 5), BinaryFile("old.bin", "b2xk", 3)}},
-    };
-    return Increment(add, del);
+    return Increment(add, ChangedFirstTables());
 }
 
 std::string RichLossOfASystemType() {

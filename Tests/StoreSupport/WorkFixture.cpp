@@ -3,6 +3,8 @@
 #include "Host/Categories.h"
 #include "StoreSupport/RichCloud.h"
 
+#include <algorithm>
+
 namespace tolmtest {
 namespace {
 
@@ -93,31 +95,77 @@ void LoadAndDrift(WorkFixture& fixture) {
     fixture.CloudTakes(3);
 }
 
+// What the parts of an operation may warn of when its files fail.
+constexpr const wchar_t* kOfAnEdit[] = {L"closeDatabase 失败"};
+constexpr const wchar_t* kOfAStamp[] = {L"openDatabase 失败"};
+constexpr const wchar_t* kOfAPull[] = {L"beginTransaction 失败", L"closeDatabase 失败"};
+constexpr const wchar_t* kOfRecords[] = {L"ductSeriesType:下载风管类型失败",
+                                         L"pipeFittingGroup:下载管配件组合的分组失败",
+                                         L"CircuitTemplate:下载回路模板失败"};
+constexpr const wchar_t* kOfANewFile[] = {L"BinaryTable:下载文件失败"};
+constexpr const wchar_t* kOfAFileThatGoes[] = {L"删除单文件失败"};
+constexpr const wchar_t* kOfARepair[] = {L"云端下载的此条目没找到: ", L"本地修改的此条目没找到: "};
+constexpr const wchar_t* kOfAMerge[] = {L"复制文件失败 exception", L"ducplicateFilesSucc为false", L"覆盖文件失败",
+                                        L"删除文件失败 exception"};
+constexpr const wchar_t* kOfAnUpload[] = {L"fetchNextRec 失败", L"RemoveFile 失败", L"closeDatabase 失败"};
+constexpr const wchar_t* kOfASavedStamp[] = {L"saveRec 失败"};
+constexpr const wchar_t* kOfAComparison[] = {L"closeDatabase 失败"};
+constexpr const wchar_t* kOfAFailedMerge[] = {L"mergeSucc 失败"};
+constexpr const wchar_t* kOfAFailedUpload[] = {L"bSucc 失败"};
+
 } // namespace
 
 const std::vector<PreparedWork>& PreparedWorks() {
     static const std::vector<PreparedWork> works{
-        {"FirstEdit", "edit", LoadAlone, true, {}, false, 1, true},
-        {"FurtherEdit", "edit", LoadAndChange, true, {}, false, 1, true},
-        {"Creation", "create", LoadAlone, true, {}, false, 1, true},
-        {"Deletion", "delete", LoadAlone, true, {}, false, 1, true},
-        {"VersionStamp", "stamp", LoadAlone, true},
-        {"IncrementalPull", "pull", LoadAndMoveCloud, false},
-        {"FirstPull", "pull", FillCloudAlone, false},
-        {"EditOfAnOlderFile", "edit", LoadAndAge, true, {}, false, 1, true},
-        {"RichPull", "pull", LoadRichlyAndMove, false, {}, false, 11},
-        {"RichFirstPull", "pull", FillRichlyAlone, false, {}, false, 17},
-        {"PullThatRecovers", "pull and recover", LoadRichlyAndLoseASystemType, false, {}, false, 3, true},
-        {"RichMerge", "merge", LoadRichlyAndKeepOne, true, {}, false, 89},
-        {"NameRepair", "repair", LoadAndClash, false},
-        {"MergeThatKeepsAChange", "merge", LoadAndKeepOne, true, {}, false, 17},
-        {"MergeThatKeepsNone", "merge", LoadAndLose, false, {}, false, 17},
-        {"Upload", "upload", LoadAndChangeAll, true},
-        {"UploadOfADeletion", "upload", LoadAndDelete, true},
-        {"UploadThatNotesTheTime", "upload and note time", LoadAndChangeAll, true, {"upload"}, true},
-        {"UploadTableByTable", "upload tables", LoadAndChangeAll, true, {"upload"}, true},
-        {"MergeAndUpload", "synchronise", LoadAndDrift, true, {"merge", "upload"}, false, 17},
-        {"MergeWithNothingLeftToUpload", "synchronise", LoadAndLose, true, {"merge"}, false, 17},
+        {"FirstEdit", "edit", LoadAlone, {kOfAnEdit}, {.mayBeRepeated = true, .notes = true}},
+        {"FurtherEdit", "edit", LoadAndChange, {kOfAnEdit}, {.mayBeRepeated = true, .notes = true}},
+        {"Creation", "create", LoadAlone, {kOfAnEdit}, {.mayBeRepeated = true, .notes = true}},
+        {"Deletion", "delete", LoadAlone, {kOfAnEdit}, {.mayBeRepeated = true, .notes = true}},
+        {"VersionStamp", "stamp", LoadAlone, {kOfAStamp}, {.mayBeRepeated = true}},
+        {"IncrementalPull", "pull", LoadAndMoveCloud, {kOfAPull}},
+        {"FirstPull", "pull", FillCloudAlone, {kOfAPull}, {.makesTheFile = true}},
+        {"EditOfAnOlderFile", "edit", LoadAndAge, {kOfAnEdit}, {.mayBeRepeated = true, .notes = true}},
+        {"RichPull",
+         "pull",
+         LoadRichlyAndMove,
+         {kOfAPull, kOfRecords, kOfANewFile, kOfAFileThatGoes},
+         {.tryOneOf = 11}},
+        {"RichFirstPull", "pull", FillRichlyAlone, {kOfAPull, kOfRecords}, {.makesTheFile = true, .tryOneOf = 17}},
+        {"PullThatRecovers",
+         "pull and recover",
+         LoadRichlyAndLoseASystemType,
+         {kOfAPull, kOfAFileThatGoes},
+         {.notes = true, .tryOneOf = 3}},
+        {"RichMerge",
+         "merge",
+         LoadRichlyAndKeepOne,
+         {kOfAMerge, kOfRecords, kOfANewFile, kOfAFileThatGoes},
+         {.mayBeRepeated = true, .tryOneOf = 89}},
+        {"NameRepair", "repair", LoadAndClash, {kOfARepair}},
+        {"MergeThatKeepsAChange", "merge", LoadAndKeepOne, {kOfAMerge}, {.mayBeRepeated = true, .tryOneOf = 17}},
+        {"MergeThatKeepsNone", "merge", LoadAndLose, {kOfAMerge}, {.tryOneOf = 17}},
+        {"Upload", "upload", LoadAndChangeAll, {kOfAnUpload}, {.mayBeRepeated = true}},
+        {"UploadOfADeletion", "upload", LoadAndDelete, {kOfAnUpload}, {.mayBeRepeated = true}},
+        {"UploadThatNotesTheTime",
+         "upload and note time",
+         LoadAndChangeAll,
+         {kOfAnUpload, kOfASavedStamp},
+         {.mayBeRepeated = true, .stages = {"upload"}, .mayStay = true}},
+        {"UploadTableByTable",
+         "upload tables",
+         LoadAndChangeAll,
+         {kOfAnUpload, kOfASavedStamp},
+         {.mayBeRepeated = true, .stages = {"upload"}, .mayStay = true}},
+        {"MergeAndUpload",
+         "synchronise",
+         LoadAndDrift,
+         {kOfAComparison, kOfAMerge, kOfAFailedMerge, kOfAnUpload, kOfAFailedUpload, kOfAStamp},
+         {.mayBeRepeated = true, .tryOneOf = 17, .stages = {"merge", "upload"}}},
+        {"MergeWithNothingLeftToUpload",
+         "synchronise",
+         LoadAndLose,
+         {kOfAComparison, kOfAMerge, kOfAFailedMerge, kOfAStamp},
+         {.mayBeRepeated = true, .tryOneOf = 17, .stages = {"merge"}}},
     };
     return works;
 }
@@ -175,9 +223,22 @@ void WorkFixture::CloudTakes(int version) {
     server.On("/api/GetVersion/", ScriptedAnswer::Data(number));
 }
 
+std::vector<std::string> WorkFixture::TakeUploads() {
+    constexpr const char* kCalls[] = {"/api/UpLoad/", "/api/CreateList/", "/api/EditList/", "/api/RemoveList/"};
+    const auto requests = server.Paths();
+    std::vector<std::string> uploads;
+    for (; m_requestsSeen < requests.size(); ++m_requestsSeen) {
+        const auto& request = requests[m_requestsSeen];
+        if (std::ranges::any_of(kCalls, [&](const char* call) { return request.starts_with(call); }))
+            uploads.push_back(request);
+    }
+    return uploads;
+}
+
 void WorkFixture::Prepare(const PreparedWork& work) {
     work.prepare(*this);
     TakeNotifications();
+    TakeUploads();
 }
 
 } // namespace tolmtest

@@ -3,6 +3,7 @@
 #include "StoreSupport/DatasetWorks.h"
 #include "StoreSupport/RefreshFixture.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -10,17 +11,27 @@ namespace tolmtest {
 
 class WorkFixture;
 
-/// An operation on a dataset and what there is before it.
-struct PreparedWork {
-    const char* title;
-    const char* name; ///< of the `DatasetWork`
-    void (*prepare)(WorkFixture& fixture);
-    bool mayBeRepeated; ///< says true also when it was done before
+/// How an operation behaves that is cut off or fails.
+struct WorkManner {
+    bool mayBeRepeated = false; ///< says true also when it was done before
+    bool makesTheFile = false;  ///< so that there may be none to read when it was cut off
+    bool notes = false; ///< it notes a change beside the data, which goes unnoted where the status store does not open
+    long tryOneOf = 1;  ///< of so many faults, where an operation has many
     /// Operations whose ends are states that this one passes through on disk by design, one after the other.
     std::vector<const char*> stages{};
     bool mayStay = false; ///< what was left behind in such a state is not made up for by doing it again
-    long tryOneOf = 1;    ///< of so many faults, where an operation has many
-    bool notes = false; ///< it notes a change beside the data, which goes unnoted where the status store does not open
+};
+
+/// An operation on a dataset and what there is before it.
+struct PreparedWork {
+    /// Beginnings of warnings.
+    using Warnings = std::span<const wchar_t* const>;
+
+    const char* title;
+    const char* name; ///< of the `DatasetWork`
+    void (*prepare)(WorkFixture& fixture);
+    std::vector<Warnings> mayWarnOf; ///< when its files fail
+    WorkManner manner{};
 };
 
 const std::vector<PreparedWork>& PreparedWorks();
@@ -52,12 +63,17 @@ public:
     /// The service takes what is sent. It says the same version before and after.
     void CloudTakes(int version);
     const wstring& Path() const { return path; }
+    /// Paths of the requests that brought local changes to the service, since it was asked last.
+    std::vector<std::string> TakeUploads();
     bool Run(const char* work) { return FindDatasetWork(work).run({path, combinedPath, filesFolder}); }
 
 protected:
     const wstring filesFolder = folder.File(L"beside/files");
 
     void Prepare(const PreparedWork& work);
+
+private:
+    std::size_t m_requestsSeen = 0;
 };
 
 } // namespace tolmtest

@@ -1,6 +1,5 @@
 #include "Support/FaultyFiles.h"
 
-#include "Support/FaultyFilesState.h"
 #include "Vorn/Files.h"
 
 #include <sqlite3.h>
@@ -15,12 +14,16 @@ namespace tolmtest {
 
 namespace {
 
-using State = FaultyFiles::State;
+/// The system's own layer.
+sqlite3_vfs* Real() {
+    static sqlite3_vfs* const real = sqlite3_vfs_find("unix");
+    return real;
+}
 
 /// An open file: SQLite's own one stands behind it in memory.
 struct WatchedFile {
     sqlite3_file base;
-    State* state;
+    FaultyFiles* faults;
     char* path;       ///< as SQLite keeps it for as long as the file is open
     bool syncsFolder; ///< with its first sync, as SQLite's own files do
 
@@ -30,8 +33,8 @@ struct WatchedFile {
 WatchedFile& Of(sqlite3_file* file) {
     return *reinterpret_cast<WatchedFile*>(file);
 }
-State& StateOf(sqlite3_vfs* vfs) {
-    return *static_cast<State*>(vfs->pAppData);
+FaultyFiles& FaultsOf(sqlite3_vfs* vfs) {
+    return *static_cast<FaultyFiles*>(vfs->pAppData);
 }
 
 int Close(sqlite3_file* file) {
@@ -45,7 +48,7 @@ int Close(sqlite3_file* file) {
 /// again, and gets the rest or an error.
 int Read(sqlite3_file* file, void* bytes, int count, sqlite3_int64 at) {
     sqlite3_file* const real = Of(file).Real();
-    if (!Of(file).state->Look(Of(file).path, "read"))
+    if (!Of(file).faults->Look(Of(file).path, "read"))
         return real->pMethods->xRead(real, bytes, count, at);
     std::memset(bytes, 0xA5, static_cast<std::size_t>(count));
     real->pMethods->xRead(real, bytes, count / 2, at);
@@ -54,11 +57,11 @@ int Read(sqlite3_file* file, void* bytes, int count, sqlite3_int64 at) {
 
 /// A write that fails has written a part, what fits on a disk that fills up.
 int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 at) {
-    State& state = *Of(file).state;
-    const bool fails = state.Change(Of(file).path, "write");
-    const int room = fails ? count / 2 : state.Room(Of(file).path, count);
-    if (state.CutsPower())
-        state.Log().AddWrite(Of(file).path, at, bytes, static_cast<std::size_t>(count));
+    FaultyFiles& faults = *Of(file).faults;
+    const bool fails = faults.Change(Of(file).path, "write");
+    const int room = fails ? count / 2 : faults.Room(Of(file).path, count);
+    if (faults.CutsPower())
+        faults.Log().AddWrite(Of(file).path, at, bytes, static_cast<std::size_t>(count));
     sqlite3_file* const real = Of(file).Real();
     const int code = room > 0 ? real->pMethods->xWrite(real, bytes, room, at) : SQLITE_OK;
     if (fails)
@@ -67,34 +70,34 @@ int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 at) {
 }
 
 int Truncate(sqlite3_file* file, sqlite3_int64 size) {
-    State& state = *Of(file).state;
-    if (state.Change(Of(file).path, "truncate"))
+    FaultyFiles& faults = *Of(file).faults;
+    if (faults.Change(Of(file).path, "truncate"))
         return SQLITE_IOERR_TRUNCATE;
-    if (state.CutsPower())
-        state.Log().AddTruncation(Of(file).path, size);
+    if (faults.CutsPower())
+        faults.Log().AddTruncation(Of(file).path, size);
     sqlite3_file* const real = Of(file).Real();
     return real->pMethods->xTruncate(real, size);
 }
 
 /// Counts, and is done: the system itself goes on running in a test.
 int Sync(sqlite3_file* file, int) {
-    State& state = *Of(file).state;
-    if (state.Change(Of(file).path, "sync"))
+    FaultyFiles& faults = *Of(file).faults;
+    if (faults.Change(Of(file).path, "sync"))
         return SQLITE_IOERR_FSYNC;
-    state.Log().Sync(Of(file).path);
+    faults.Log().Sync(Of(file).path);
     if (std::exchange(Of(file).syncsFolder, false))
-        state.Log().SyncFolderOf(Of(file).path);
+        faults.Log().SyncFolderOf(Of(file).path);
     return SQLITE_OK;
 }
 
 int FileSize(sqlite3_file* file, sqlite3_int64* size) {
-    if (Of(file).state->Look(Of(file).path, "size"))
+    if (Of(file).faults->Look(Of(file).path, "size"))
         return SQLITE_IOERR_FSTAT;
     sqlite3_file* const real = Of(file).Real();
     return real->pMethods->xFileSize(real, size);
 }
 int Lock(sqlite3_file* file, int level) {
-    if (Of(file).state->Look(Of(file).path, "lock"))
+    if (Of(file).faults->Look(Of(file).path, "lock"))
         return SQLITE_IOERR_LOCK;
     sqlite3_file* const real = Of(file).Real();
     return real->pMethods->xLock(real, level);
@@ -150,20 +153,20 @@ int ForReadingOnly(int flags) {
 }
 
 int Open(sqlite3_vfs* vfs, sqlite3_filename path, sqlite3_file* file, int flags, int* outFlags) {
-    State& state = StateOf(vfs);
-    if (!state.Watches(path))
-        return state.Real()->xOpen(state.Real(), path, file, flags, outFlags);
+    FaultyFiles& faults = FaultsOf(vfs);
+    if (!faults.Watches(path))
+        return Real()->xOpen(Real(), path, file, flags, outFlags);
     auto* const watched = new (file) WatchedFile{};
     const bool creates = (flags & SQLITE_OPEN_CREATE) != 0 && !Stands(path);
-    if (creates ? state.Change(path, "create") : state.Look(path, "open"))
+    if (creates ? faults.Change(path, "create") : faults.Look(path, "open"))
         return SQLITE_CANTOPEN;
-    const int asked = state.OpensForReadingOnly(path) ? ForReadingOnly(flags) : flags;
-    const int code = state.Real()->xOpen(state.Real(), path, watched->Real(), asked, outFlags);
+    const int asked = faults.OpensForReadingOnly(path) ? ForReadingOnly(flags) : flags;
+    const int code = Real()->xOpen(Real(), path, watched->Real(), asked, outFlags);
     if (code != SQLITE_OK)
         return code;
-    if (creates && state.CutsPower())
-        state.Log().AddCreation(path);
-    watched->state = &state;
+    if (creates && faults.CutsPower())
+        faults.Log().AddCreation(path);
+    watched->faults = &faults;
     watched->path = sqlite3_mprintf("%s", path);
     watched->syncsFolder = creates && (flags & (SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_SUPER_JOURNAL)) != 0;
     watched->base.pMethods = &kMethods;
@@ -171,40 +174,40 @@ int Open(sqlite3_vfs* vfs, sqlite3_filename path, sqlite3_file* file, int flags,
 }
 
 int Delete(sqlite3_vfs* vfs, const char* path, int syncFolder) {
-    State& state = StateOf(vfs);
-    if (!state.Watches(path))
-        return state.Real()->xDelete(state.Real(), path, syncFolder);
-    state.TellOfDeletion(path);
-    if (Stands(path) && (state.OpensForReadingOnly(path) || state.Change(path, "delete")))
+    FaultyFiles& faults = FaultsOf(vfs);
+    if (!faults.Watches(path))
+        return Real()->xDelete(Real(), path, syncFolder);
+    faults.TellOfDeletion(path);
+    if (Stands(path) && (faults.OpensForReadingOnly(path) || faults.Change(path, "delete")))
         return SQLITE_IOERR_DELETE;
-    if (state.CutsPower())
-        state.Log().AddDeletion(path);
-    const int code = state.Real()->xDelete(state.Real(), path, syncFolder);
+    if (faults.CutsPower())
+        faults.Log().AddDeletion(path);
+    const int code = Real()->xDelete(Real(), path, syncFolder);
     if (syncFolder != 0)
-        state.Log().SyncFolderOf(path);
+        faults.Log().SyncFolderOf(path);
     return code;
 }
 
 int Access(sqlite3_vfs* vfs, const char* path, int flags, int* result) {
-    State& state = StateOf(vfs);
-    if (state.Watches(path) && state.Look(path, "access"))
+    FaultyFiles& faults = FaultsOf(vfs);
+    if (faults.Watches(path) && faults.Look(path, "access"))
         return SQLITE_IOERR_ACCESS;
-    return state.Real()->xAccess(state.Real(), path, flags, result);
+    return Real()->xAccess(Real(), path, flags, result);
 }
-int FullPathname(sqlite3_vfs* vfs, const char* path, int size, char* whole) {
-    return StateOf(vfs).Real()->xFullPathname(StateOf(vfs).Real(), path, size, whole);
+int FullPathname(sqlite3_vfs*, const char* path, int size, char* whole) {
+    return Real()->xFullPathname(Real(), path, size, whole);
 }
-int Randomness(sqlite3_vfs* vfs, int count, char* bytes) {
-    return StateOf(vfs).Real()->xRandomness(StateOf(vfs).Real(), count, bytes);
+int Randomness(sqlite3_vfs*, int count, char* bytes) {
+    return Real()->xRandomness(Real(), count, bytes);
 }
-int Sleep(sqlite3_vfs* vfs, int microseconds) {
-    return StateOf(vfs).Real()->xSleep(StateOf(vfs).Real(), microseconds);
+int Sleep(sqlite3_vfs*, int microseconds) {
+    return Real()->xSleep(Real(), microseconds);
 }
-int GetLastError(sqlite3_vfs* vfs, int size, char* text) {
-    return StateOf(vfs).Real()->xGetLastError(StateOf(vfs).Real(), size, text);
+int GetLastError(sqlite3_vfs*, int size, char* text) {
+    return Real()->xGetLastError(Real(), size, text);
 }
-int CurrentTimeInt64(sqlite3_vfs* vfs, sqlite3_int64* time) {
-    return StateOf(vfs).Real()->xCurrentTimeInt64(StateOf(vfs).Real(), time);
+int CurrentTimeInt64(sqlite3_vfs*, sqlite3_int64* time) {
+    return Real()->xCurrentTimeInt64(Real(), time);
 }
 
 /// The one layer that SQLite knows; its name and its functions never change.
@@ -215,28 +218,20 @@ sqlite3_vfs& Layer() {
 
 } // namespace
 
-FaultyFiles::State* FaultyFiles::State::Living() {
-    return static_cast<State*>(Layer().pAppData);
+FaultyFiles* FaultyFiles::Living() {
+    return static_cast<FaultyFiles*>(Layer().pAppData);
 }
 
-FaultyFiles::Unsynced FaultyFiles::UnsyncedOf(const std::string& name) {
-    if (name == "kept")
-        return Unsynced::Kept;
-    return name == "torn" ? Unsynced::Torn : Unsynced::Dropped;
-}
-
-FaultyFiles::FaultyFiles(const std::wstring& folder) {
-    sqlite3_vfs* const real = sqlite3_vfs_find("unix");
+FaultyFiles::FaultyFiles(const std::wstring& folder) : FileFaults(vorn::FileSystem::ToNative(folder)) {
     sqlite3_vfs& layer = Layer();
-    if (real == nullptr || layer.pAppData != nullptr)
+    if (Real() == nullptr || layer.pAppData != nullptr)
         throw std::logic_error("one FaultyFiles at a time");
-    m_state = std::make_unique<State>(vorn::FileSystem::ToNative(folder), real);
     layer = {};
     layer.iVersion = 2;
-    layer.szOsFile = static_cast<int>(sizeof(WatchedFile)) + real->szOsFile;
-    layer.mxPathname = real->mxPathname;
+    layer.szOsFile = static_cast<int>(sizeof(WatchedFile)) + Real()->szOsFile;
+    layer.mxPathname = Real()->mxPathname;
     layer.zName = "faulty";
-    layer.pAppData = m_state.get();
+    layer.pAppData = this;
     layer.xOpen = Open;
     layer.xDelete = Delete;
     layer.xAccess = Access;
@@ -250,48 +245,8 @@ FaultyFiles::FaultyFiles(const std::wstring& folder) {
 
 FaultyFiles::~FaultyFiles() {
     sqlite3_vfs_unregister(&Layer());
-    sqlite3_vfs_register(m_state->Real(), 1);
+    sqlite3_vfs_register(Real(), 1);
     Layer().pAppData = nullptr;
-}
-
-void FaultyFiles::FailAt(long number, Lasts lasts) {
-    m_state->FailAt(number, lasts);
-}
-void FaultyFiles::FillDiskAfter(std::int64_t bytes) {
-    m_state->FillDiskAfter(bytes);
-}
-void FaultyFiles::RefuseChanges() {
-    m_state->RefuseChanges();
-}
-void FaultyFiles::OpenForReadingOnly(std::string part) {
-    m_state->OpenForReadingOnly(std::move(part));
-}
-void FaultyFiles::CutPower() {
-    m_state->CutPower();
-}
-void FaultyFiles::CutPowerAt(long number, Unsynced unsynced, std::uint64_t seed) {
-    m_state->CutPowerAt(number, unsynced, seed);
-}
-void FaultyFiles::Rest() {
-    m_state->Reset();
-}
-void FaultyFiles::BeforeDeletions(std::function<void(const std::string& path)> action) {
-    m_state->BeforeDeletions(std::move(action));
-}
-long FaultyFiles::Calls() const {
-    return m_state->Calls();
-}
-long FaultyFiles::Changes() const {
-    return m_state->Changes();
-}
-bool FaultyFiles::HasFailed() const {
-    return m_state->HasFailed();
-}
-std::string FaultyFiles::FailedPath() const {
-    return m_state->FailedPath();
-}
-std::string FaultyFiles::FailedCall() const {
-    return m_state->FailedCall();
 }
 
 } // namespace tolmtest

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <ranges>
 #include <utility>
 
 namespace tolmtest {
@@ -75,9 +76,25 @@ std::vector<char> UnsyncedWrites::SyncedContentOf(const std::string& path) const
 void UnsyncedWrites::Lose(bool torn, std::uint64_t seed) const {
     std::mt19937_64 chance(seed);
     LoseWrites(torn, chance);
-    const std::size_t kept = torn ? chance() % (m_steps.size() + 1) : 0;
-    for (std::size_t i = m_steps.size(); i > kept; --i)
-        Undo(m_steps[i - 1]);
+    LoseSteps(torn, chance);
+}
+
+void UnsyncedWrites::LoseSteps(bool torn, std::mt19937_64& chance) const {
+    std::vector<const Step*> lost;
+    for (const Step& step : m_steps) {
+        const bool isLost = !torn || chance() % 2 == 0;
+        if (isLost || std::ranges::any_of(lost, [&](const Step* other) { return step.DependsOn(*other); }))
+            lost.push_back(&step);
+    }
+    for (const Step* const step : lost | std::views::reverse)
+        Undo(*step);
+}
+
+bool UnsyncedWrites::Step::DependsOn(const Step& other) const {
+    const auto isOf = [](const std::string& name, const std::string& earlier) {
+        return !name.empty() && !earlier.empty() && (name == earlier || name.starts_with(earlier + '/'));
+    };
+    return isOf(path, other.path) || isOf(path, other.to) || isOf(to, other.path) || isOf(to, other.to);
 }
 
 void UnsyncedWrites::Undo(const Step& step) {

@@ -33,7 +33,8 @@ public:
     }
 
     /// Brings all files into a state in which the writes are lost: all of them, or with `torn` by chance single
-    /// sectors of them. What was done to folders is lost too, with `torn` the last steps of it.
+    /// sectors of them. What was done to folders is lost too, with `torn` by chance single steps, in no order but that
+    /// of one name: what was done to it after a step that is lost is lost with that.
     void Lose(bool torn, std::uint64_t seed) const;
 
 private:
@@ -54,10 +55,14 @@ private:
         std::string to;            ///< its new name
         std::vector<char> content; ///< of what was deleted, or stood under the new name
         bool stood;                ///< whether something did
+
+        /// Whether it could not have been done without the other one, which came before it.
+        bool DependsOn(const Step& other) const;
     };
     File& FileAt(const std::string& path);
     std::vector<char> SyncedContentOf(const std::string& path) const;
     void LoseWrites(bool torn, std::mt19937_64& chance) const;
+    void LoseSteps(bool torn, std::mt19937_64& chance) const;
     static void Undo(const Step& step);
 
     std::map<std::string, File> m_files;

@@ -35,8 +35,7 @@ void PrintTo(const SyncCase& sync, std::ostream* out) {
 /// How many of the faults and of the power cuts are tried: every one with 1. What makes other tests try fewer than each
 /// one leaves this one, which tries few, as it is.
 long Stride(const char* variable, long otherwise) {
-    const char* const text = std::getenv(variable);
-    return text != nullptr && std::atol(text) == 1 ? 1 : otherwise;
+    return AskedFor(variable, otherwise) == 1 ? 1 : otherwise;
 }
 
 /// The folder whose files fail; it must outlive the service, whose own files lie elsewhere.
@@ -146,12 +145,12 @@ protected:
     }
 
     /// Exit code, or minus the signal that ended it.
-    int CutPower(long change, const std::string& unsynced) {
+    int CutPower(long change, const std::string& unsynced, long seed) {
         Words words{TOLM_BINARY_DIR "/bin/tolm-crash-tool",
                     vorn::StringUtil::ToString(faulty.Path()),
                     std::to_string(change),
                     unsynced,
-                    std::to_string(change),
+                    std::to_string(seed),
                     "sync",
                     m_dataset,
                     "--pause",
@@ -161,6 +160,32 @@ protected:
         ChildProcess process(words);
         m_changes = std::atol(process.ReadLine().c_str());
         return process.Wait();
+    }
+    void CutInEachWay(long change) {
+        for (const char* const unsynced : {kKept, "dropped"})
+            CutOnce(change, unsynced, change);
+        for (long way = 0; way < TornWays(); ++way)
+            CutOnce(change, "torn", change + way * kSeedStep);
+    }
+    /// Unless nothing is lost, the power is cut again while the next synchronisation makes up for it.
+    void CutOnce(long change, const std::string& unsynced, long seed) {
+        const std::string where = std::to_string(change) + ' ' + unsynced + ", seed " + std::to_string(seed);
+        StartAnew();
+        ASSERT_EQ(CutPower(change, unsynced, seed), -SIGKILL) << where;
+        if (unsynced != kKept)
+            CutRecovery(1 + seed * 7 % 61, unsynced, seed, where);
+        Judge(tolmcli::Failed, where);
+    }
+    void CutBehindTheEnd(const std::string& unsynced, long seed) {
+        StartAnew();
+        ASSERT_EQ(CutPower(kBehindTheEnd, unsynced, seed), -SIGKILL);
+        Judge(tolmcli::Done, "behind its end, " + unsynced + ", seed " + std::to_string(seed));
+    }
+    /// That synchronisation may come to its end before.
+    void CutRecovery(long change, const std::string& unsynced, long seed, const std::string& where) {
+        const int code = CutPower(change, unsynced, seed);
+        EXPECT_TRUE(code == -SIGKILL || code == tolmcli::Done) << where << ", again: " << code;
+        m_points += code == -SIGKILL ? 1 : 0;
     }
 
     const std::string m_dataset = vorn::StringUtil::ToString(faulty.File(L"office.db"));
@@ -184,25 +209,27 @@ TEST_P(SyncFaults, AreMadeUpForByTheNextSync) {
 
 TEST_P(SyncFaults, OfThePowerAreMadeUpForByTheNextSync) {
     StartAnew();
-    ASSERT_EQ(CutPower(0, "kept"), tolmcli::Done);
+    ASSERT_EQ(CutPower(0, kKept, 0), tolmcli::Done);
     ASSERT_EQ(Found(), m_end);
     const long changes = m_changes;
     ASSERT_GT(changes, 0);
-    for (long change = 1; change <= changes && !HasFailure(); change += Stride("TOLM_CRASH_STRIDE", 29)) {
-        for (const char* const unsynced : {kKept, "dropped", "torn"}) {
-            StartAnew();
-            ASSERT_EQ(CutPower(change, unsynced), -SIGKILL);
-            if (unsynced != kKept) // what makes up for it is interrupted too
-                m_points += CutPower(1 + change * 7 % 61, unsynced) == -SIGKILL ? 1 : 0;
-            Judge(tolmcli::Failed, std::to_string(change) + ' ' + unsynced);
-        }
-    }
-    for (const char* const unsynced : {"dropped", "torn"}) {
-        StartAnew();
-        ASSERT_EQ(CutPower(kBehindTheEnd, unsynced), -SIGKILL);
-        Judge(tolmcli::Done, std::string("behind its end, ") + unsynced);
-    }
+    for (long change = 1; change <= changes && !HasFailure(); change += Stride("TOLM_CRASH_STRIDE", 29))
+        CutInEachWay(change);
+    CutBehindTheEnd("dropped", 0);
+    for (long way = 0; way < TornWays(); ++way)
+        CutBehindTheEnd("torn", way);
     TellTriedPoints("power cuts", std::string("tolm sync, ") + GetParam().title, m_points);
+}
+
+/// Without this, cuts among the changes of such files would be gone, and nothing would tell.
+TEST(CrashTool, MeetsTheChangesPastSqlite) {
+    const TempFolder folder;
+    const auto native = vorn::StringUtil::ToString(folder.Path());
+    ChildProcess process(
+        {TOLM_BINARY_DIR "/bin/tolm-crash-tool", native, "0", kKept, "0", "new", native + "/office.db"});
+    EXPECT_GT(std::atol(process.ReadLine().c_str()), 0);
+    EXPECT_EQ(process.ReadLine(), "fsync open rename write ");
+    EXPECT_EQ(process.Wait(), tolmcli::Done);
 }
 
 /// The comparison takes a status store that it cannot read for one without changes.

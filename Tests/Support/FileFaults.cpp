@@ -1,4 +1,4 @@
-#include "Support/FaultyFilesState.h"
+#include "Support/FileFaults.h"
 
 #include <algorithm>
 #include <csignal>
@@ -7,12 +7,19 @@
 
 namespace tolmtest {
 
-bool FaultyFiles::State::Watches(const char* path) const {
+FileFaults::Unsynced FileFaults::UnsyncedOf(const std::string& name) {
+    if (name == "kept")
+        return Unsynced::Kept;
+    return name == "torn" ? Unsynced::Torn : Unsynced::Dropped;
+}
+
+bool FileFaults::Watches(const char* path) const {
     return !m_isOut && path != nullptr && std::strncmp(path, m_folder.c_str(), m_folder.size()) == 0;
 }
 
-void FaultyFiles::State::Reset() {
+void FileFaults::Rest() {
     m_calls = m_changes = 0;
+    m_functions.clear();
     m_failAt = m_cutAt = 0;
     m_diskLeft = -1;
     m_refusesChanges = false;
@@ -23,35 +30,35 @@ void FaultyFiles::State::Reset() {
     m_unsynced.Forget();
 }
 
-void FaultyFiles::State::FailAt(long number, Lasts lasts) {
-    Reset();
+void FileFaults::FailAt(long number, Lasts lasts) {
+    Rest();
     m_failAt = number;
     m_lasts = lasts;
 }
 
-void FaultyFiles::State::FillDiskAfter(std::int64_t bytes) {
-    Reset();
+void FileFaults::FillDiskAfter(std::int64_t bytes) {
+    Rest();
     m_diskLeft = bytes;
 }
 
-void FaultyFiles::State::RefuseChanges() {
-    Reset();
+void FileFaults::RefuseChanges() {
+    Rest();
     m_refusesChanges = true;
 }
 
-void FaultyFiles::State::OpenForReadingOnly(std::string part) {
-    Reset();
+void FileFaults::OpenForReadingOnly(std::string part) {
+    Rest();
     m_readOnlyPart = std::move(part);
 }
 
-void FaultyFiles::State::CutPowerAt(long number, Unsynced unsynced, std::uint64_t seed) {
-    Reset();
+void FileFaults::CutPowerAt(long number, Unsynced unsynced, std::uint64_t seed) {
+    Rest();
     m_cutAt = number;
     m_kept = unsynced;
     m_seed = seed;
 }
 
-void FaultyFiles::State::CutPower() {
+void FileFaults::CutPower() {
     m_isOut = true; // what the loss does to files is nobody's call
     if (m_kept != Unsynced::Kept)
         m_unsynced.Lose(m_kept == Unsynced::Torn, m_seed);
@@ -59,13 +66,18 @@ void FaultyFiles::State::CutPower() {
     std::abort();
 }
 
-bool FaultyFiles::State::Change(const char* path, const char* call) {
+bool FileFaults::Change(const char* path, const char* call) {
     if (++m_changes == m_cutAt)
         CutPower();
     return Count(path, call) || (m_refusesChanges && NoteFailure(path, call));
 }
 
-int FaultyFiles::State::Room(const char* path, int bytes) {
+void FileFaults::ChangePastSqlite(const char* path, const char* call, const char* function) {
+    m_functions.insert(function);
+    Change(path, call);
+}
+
+int FileFaults::Room(const char* path, int bytes) {
     if (m_diskLeft < 0)
         return bytes;
     const int room = static_cast<int>(std::min<std::int64_t>(m_diskLeft, bytes));
@@ -77,17 +89,17 @@ int FaultyFiles::State::Room(const char* path, int bytes) {
     return room;
 }
 
-bool FaultyFiles::State::OpensForReadingOnly(const char* path) {
+bool FileFaults::OpensForReadingOnly(const char* path) {
     return !m_readOnlyPart.empty() && std::strstr(path, m_readOnlyPart.c_str()) != nullptr;
 }
 
-bool FaultyFiles::State::Count(const char* path, const char* call) {
+bool FileFaults::Count(const char* path, const char* call) {
     ++m_calls;
     const bool fails = m_failAt != 0 && (m_calls == m_failAt || (m_lasts == Lasts::ForGood && m_calls > m_failAt));
     return fails && NoteFailure(path, call);
 }
 
-bool FaultyFiles::State::NoteFailure(const char* path, const char* call) {
+bool FileFaults::NoteFailure(const char* path, const char* call) {
     if (!m_hasFailed) {
         m_failedPath = path;
         m_failedCall = call;
