@@ -1,6 +1,7 @@
 #include "ServiceTesting.h"
 
 #include "Service/Service.h"
+#include "Support/Canary.h"
 #include "Support/ServiceCalls.h"
 
 #include <chrono>
@@ -68,10 +69,12 @@ class Slow : public testing::Test {
 protected:
     Slow()
         : m_service(Narrow(m_folder.File(L"service.db")), {3600, 10, {}},
-                    {"127.0.0.1", 0, kThreads, 64U << 20, {}, kPatience}),
+                    {"127.0.0.1", 0, kThreads, 64U << 20, SearchLine, kPatience}),
           m_thread([this] { m_service.Http().Run(); }) {
         m_service.Users().Put("anna", "anna's secret");
         m_token = m_service.Users().SignIn("anna", "anna's secret").value();
+        WatchForSecret("anna's secret");
+        WatchForSecret(m_token);
         m_service.Projects().Create("p", "P");
     }
     ~Slow() override {
@@ -107,6 +110,8 @@ protected:
     }
 
 private:
+    static void SearchLine(const std::string& line) { SearchForSecrets("the service's log", std::string_view(line)); }
+
     TempFolder m_folder;
     service::Service m_service;
     std::thread m_thread;

@@ -1,6 +1,7 @@
 #include "ServiceTesting.h"
 
 #include "Service/Service.h"
+#include "Support/Canary.h"
 #include "Support/ServiceCalls.h"
 #include "Support/ServiceFixture.h"
 
@@ -24,6 +25,8 @@ protected:
           m_thread([this] { m_service.Http().Run(); }) {
         m_service.Users().Put("anna", "a secret to look for");
         m_token = m_service.Users().SignIn("anna", "a secret to look for").value();
+        WatchForSecret("a secret to look for");
+        WatchForSecret(m_token);
         m_service.Projects().Create("p", "P");
     }
     ~Guarded() override {
@@ -58,6 +61,7 @@ protected:
 
 private:
     void Note(const std::string& line) {
+        SearchForSecrets("the service's log", std::string_view(line));
         const std::lock_guard lock(m_mutex);
         m_log += line + "\n";
     }

@@ -1,6 +1,7 @@
 #include "ServiceTesting.h"
 
 #include "Service/Service.h"
+#include "Support/Canary.h"
 #include "Support/ServiceCalls.h"
 #include "Support/ServiceFixture.h"
 
@@ -147,6 +148,7 @@ TEST_F(Wire, SignInGivesATokenThatWorks) {
     Service().FillTables("p", "{}");
     const json body{{"userId", "anna"}, {"secret", "anna's secret"}};
     const std::string token = Data(Send({"POST", "/api/SignIn", {}, body.dump()}))["token"];
+    WatchForSecret(token);
     EXPECT_NE(token, Token());
     EXPECT_EQ(Data(Send({"POST", "/api/GetVersion/p", UserHeaders("anna", token), ""})), 1);
 }

@@ -1,5 +1,6 @@
 #include "ServiceTesting.h"
 
+#include "Support/Canary.h"
 #include "Support/ChildProcess.h"
 #include "Support/ServiceCalls.h"
 
@@ -90,6 +91,7 @@ protected:
         std::ofstream(secret) << "anna's secret";
         EXPECT_EQ(Run({"user", "add", "anna", "--secret-file", secret, "--db", File("s.db")}), 0);
         std::filesystem::remove(secret);
+        WatchForSecret("anna's secret");
         EXPECT_EQ(Run({"project", "create", "p", "--db", File("s.db")}), 0);
         const auto file =
             Written("p.json", {{"format", "tolm-project"}, {"formatVersion", 1}, {"tables", json::object()}});
@@ -119,6 +121,7 @@ protected:
         if (!in.is_object())
             return;
         const std::string token = in["data"]["token"];
+        WatchForSecret(token);
         while (true) {
             const auto name = std::to_string(client) + "-" + std::to_string(next++);
             const auto version = Ask("/api/GetVersion/p", token, json::object());

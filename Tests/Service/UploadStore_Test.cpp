@@ -1,6 +1,7 @@
 #include "UploadTesting.h"
 
 #include "Service/Schema.h"
+#include "Support/Canary.h"
 
 #include <iterator>
 #include <random>
@@ -24,6 +25,7 @@ protected:
     /// A signed-in caller that was told a version and has an upload whose version it has not asked for.
     service::Caller CallerWithEverything(const std::string& user) {
         const auto token = m_users.SignIn(user, "secret").value();
+        WatchForSecret(token);
         const service::Caller caller{m_users.Check(user, token).value(), "p"};
         m_uploads.TellVersion(caller);
         m_uploads.Upload(caller, service::ReadUploadPatch(EmptyPatch(1).dump()));

@@ -2,6 +2,7 @@
 
 #include "Service/Secrets.h"
 #include "Service/UserStore.h"
+#include "Support/Canary.h"
 
 #include <fstream>
 #include <iterator>
@@ -16,7 +17,9 @@ protected:
     service::UserStore& Store() { return m_users; }
     void PassSeconds(long long seconds) { m_now += seconds; }
     std::string Token(const std::string& user, const std::string& secret) {
-        return m_users.SignIn(user, secret).value_or("none");
+        const auto token = m_users.SignIn(user, secret);
+        WatchForSecret(token.value_or(""));
+        return token.value_or("none");
     }
     std::string DatabaseBytes() const {
         std::string bytes;

@@ -123,7 +123,25 @@ int DeviceCharacteristics(sqlite3_file*) {
     return 0;
 }
 
-constexpr sqlite3_io_methods kMethods{1,
+/// The memory that processes share over a write-ahead log is no matter of the disk: it is made anew from the log.
+int ShmMap(sqlite3_file* file, int page, int size, int extend, void volatile** memory) {
+    sqlite3_file* const real = Of(file).Real();
+    return real->pMethods->xShmMap(real, page, size, extend, memory);
+}
+int ShmLock(sqlite3_file* file, int at, int count, int flags) {
+    sqlite3_file* const real = Of(file).Real();
+    return real->pMethods->xShmLock(real, at, count, flags);
+}
+void ShmBarrier(sqlite3_file* file) {
+    sqlite3_file* const real = Of(file).Real();
+    real->pMethods->xShmBarrier(real);
+}
+int ShmUnmap(sqlite3_file* file, int removes) {
+    sqlite3_file* const real = Of(file).Real();
+    return real->pMethods->xShmUnmap(real, removes);
+}
+
+constexpr sqlite3_io_methods kMethods{2,
                                       Close,
                                       Read,
                                       Write,
@@ -136,10 +154,10 @@ constexpr sqlite3_io_methods kMethods{1,
                                       FileControl,
                                       SectorSize,
                                       DeviceCharacteristics,
-                                      nullptr,
-                                      nullptr,
-                                      nullptr,
-                                      nullptr,
+                                      ShmMap,
+                                      ShmLock,
+                                      ShmBarrier,
+                                      ShmUnmap,
                                       nullptr,
                                       nullptr};
 
@@ -151,6 +169,9 @@ bool Stands(const char* path) {
 int ForReadingOnly(int flags) {
     return (flags & ~(SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE)) | SQLITE_OPEN_READONLY;
 }
+
+/// Files whose folder is synced with them.
+constexpr int kSyncTheirFolder = SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_SUPER_JOURNAL | SQLITE_OPEN_WAL;
 
 int Open(sqlite3_vfs* vfs, sqlite3_filename path, sqlite3_file* file, int flags, int* outFlags) {
     FaultyFiles& faults = FaultsOf(vfs);
@@ -168,7 +189,7 @@ int Open(sqlite3_vfs* vfs, sqlite3_filename path, sqlite3_file* file, int flags,
         faults.Log().AddCreation(path);
     watched->faults = &faults;
     watched->path = sqlite3_mprintf("%s", path);
-    watched->syncsFolder = creates && (flags & (SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_SUPER_JOURNAL)) != 0;
+    watched->syncsFolder = creates && (flags & kSyncTheirFolder) != 0;
     watched->base.pMethods = &kMethods;
     return SQLITE_OK;
 }

@@ -36,12 +36,14 @@ void Run(const std::wstring& path, const std::string& sql) {
 
 struct ServiceFixture::Running {
     Running(const std::string& database, std::shared_ptr<std::atomic<long long>> seconds)
-        : all(database, {8 * 3600, kRounds, [seconds] { return seconds->load(); }}, {}),
+        : all(database, {8 * 3600, kRounds, [seconds] { return seconds->load(); }}, {.log = SearchLine}),
           thread([this] { all.Http().Run(); }) {}
     ~Running() {
         all.Http().Stop();
         thread.join();
     }
+    static void SearchLine(const std::string& line) { SearchForSecrets("the service's log", std::string_view(line)); }
+
     service::Service all;
     std::thread thread;
 };

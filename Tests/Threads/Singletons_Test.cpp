@@ -6,11 +6,15 @@
 #include "Vorn/Guid.h"
 #include "Vorn/Log.h"
 #include "Vorn/Notification.h"
+#include "Vorn/Text.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -38,47 +42,75 @@ void RunAll(const std::function<void(int)>& work, const std::function<void(int)>
         thread.join();
 }
 
+/// Log files of its own, until it is asked what stands in them.
+class LogFiles {
+public:
+    LogFiles() { vorn::LogManager::SetFolder(m_folder.File(L"one")); }
+    ~LogFiles() { vorn::LogManager::SetFolder(L""); }
+    LogFiles(const LogFiles&) = delete;
+    LogFiles& operator=(const LogFiles&) = delete;
+
+    void MoveTo(const std::wstring& name) const { vorn::LogManager::SetFolder(m_folder.File(name)); }
+
+    /// Lines with this part, in all of the files.
+    int CountOf(const std::string& part) const {
+        vorn::LogManager::SetFolder(L"");
+        int count = 0;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(ToString(m_folder.Path()))) {
+            std::ifstream file(entry.path());
+            for (std::string line; entry.is_regular_file() && std::getline(file, line);)
+                count += line.find(part) != std::string::npos ? 1 : 0;
+        }
+        return count;
+    }
+
+private:
+    static std::string ToString(const std::wstring& text) { return vorn::StringUtil::ToString(text); }
+
+    tolmtest::TempFolder m_folder;
+};
+
 TEST(Singletons, AWarningReachesTheHandlerThatStandsOrTheLog) {
     const WithoutHandlers none;
+    const LogFiles log;
     std::atomic<int> heard = 0;
     auto& manager = *vorn::DebugMessageMgr::GetDebugMessageMgr();
-    RunAll([&](int) { VORN_DEBUG_WARN(L"a warning"); },
+    RunAll([&](int) { VORN_DEBUG_WARN(L"said by a thread"); },
            [&](int round) {
                if (round % 2 == 0)
                    manager.SetHandler([&](const vorn::DebugWarning&) { ++heard; });
                else
                    manager.SetHandler(nullptr);
            });
-    EXPECT_LE(heard, kThreads * kRounds);
+    EXPECT_EQ(heard + log.CountOf("said by a thread"), kThreads * kRounds);
 }
 
 TEST(Singletons, ANotificationReachesTheHandlerThatStandsOrTheLog) {
     const WithoutHandlers none;
+    const LogFiles log;
     std::atomic<int> heard = 0;
-    RunAll([&](int) { vorn::NotificationUtils::PostNotification(vorn::NotificationTypes::Success, L"done"); },
-           [&](int round) {
-               if (round % 2 == 0)
-                   vorn::NotificationUtils::SetHandler([&](auto, const auto&, const auto&) { ++heard; });
-               else
-                   vorn::NotificationUtils::SetHandler(nullptr);
-           });
-    EXPECT_LE(heard, kThreads * kRounds);
+    RunAll(
+        [&](int) { vorn::NotificationUtils::PostNotification(vorn::NotificationTypes::Success, L"told by a thread"); },
+        [&](int round) {
+            if (round % 2 == 0)
+                vorn::NotificationUtils::SetHandler([&](auto, const auto&, const auto&) { ++heard; });
+            else
+                vorn::NotificationUtils::SetHandler(nullptr);
+        });
+    EXPECT_EQ(heard + log.CountOf("told by a thread"), kThreads * kRounds);
 }
 
-TEST(Singletons, TheLogMovesToAnotherFolderWhileItIsWritten) {
+TEST(Singletons, TheLogMovesToAnotherFolderWhileItIsWrittenAndLosesNoLine) {
     const WithoutHandlers none;
-    const tolmtest::TempFolder folder;
+    const LogFiles log;
     RunAll(
-        [](int round) {
-            vorn::LogManager::CreateOrGetForWrite(L"", L"", false)
-                ->DumpLine(L"line " + std::to_wstring(round), false, false);
-        },
+        [](int) { vorn::LogManager::CreateOrGetForWrite(L"", L"", false)->DumpLine(L"a thread's line", false, false); },
         [&](int round) {
-            vorn::LogManager::SetFolder(folder.File(round % 2 == 0 ? L"one" : L"two"));
-            vorn::LogManager::SetLevel(round % 3 == 0 ? vorn::LogManager::Level::Error : vorn::LogManager::Level::Info);
+            log.MoveTo(round % 2 == 0 ? L"one" : L"two");
+            vorn::LogManager::SetLevel(round % 3 == 0 ? vorn::LogManager::Level::Debug : vorn::LogManager::Level::Info);
         });
     vorn::LogManager::SetLevel(vorn::LogManager::Level::Info);
-    vorn::LogManager::SetFolder(L"");
+    EXPECT_EQ(log.CountOf("a thread's line"), kThreads * kRounds);
 }
 
 TEST(Singletons, UserTokenAndNamesAreReadWhileTheyAreSet) {

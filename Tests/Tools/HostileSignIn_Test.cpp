@@ -20,6 +20,8 @@ namespace {
 class HostileSignIn : public testing::Test {
 protected:
     void SetUp() override {
+        WatchForSecret("anna's secret");
+        WatchForSecret("the true token");
         setenv("TOLM_SECRET", "anna's secret", 1);
         const auto run = Tolm({"new", dataset, "--server", vorn::StringUtil::ToString(server.Address()), "--project",
                                "tower", "--user", "anna"});
@@ -167,6 +169,8 @@ protected:
     using Protocol = TlsServer::Protocol;
 
     SignInOverTls() {
+        WatchForSecret("anna's secret");
+        WatchForSecret("the true token");
         setenv("TOLM_SECRET", "anna's secret", 1);
         std::ofstream(vorn::StringUtil::ToString(file)) << authority.Pem();
         setenv("TOLM_CA_FILE", vorn::StringUtil::ToString(file).c_str(), 1);

@@ -12,6 +12,8 @@ namespace {
 class ToolOverTls : public testing::Test {
 protected:
     void SetUp() override {
+        WatchForSecret("anna's secret");
+        WatchForSecret("a token of TLS");
         setenv("TOLM_SECRET", "anna's secret", 1);
         std::ofstream(m_authorities) << m_authority.Pem();
         const auto run = Tolm({"new", m_dataset, "--server", vorn::StringUtil::ToString(m_server.Address(L"127.0.0.1")),
