@@ -28,6 +28,36 @@ protected:
     }
 };
 
+/// Before each lock that a push takes, in turn, another program has sent the changes, and others made a version: the
+/// cloud's is the next one then, and is not what stands here.
+TEST_F(TwoUsers, APushThatHadNothingLeftToSendStampsNoVersionOfOthers) {
+    const LockTimeout brief(20);
+    LockMoments moments;
+    int overtakenInAll = 0;
+    bool isPast = false;
+    for (int moment = 1; !isPast; ++moment) {
+        SCOPED_TRACE(moment);
+        Expect(Anna("sync"));
+        Expect(Anna("edit", {"material", "m1", "--name", "Steel " + std::to_string(moment)}));
+        const auto theirs = "Brass " + std::to_string(moment);
+        auto renamed = std::string(kRenameBrass);
+        renamed.replace(renamed.find("Red brass"), 9, theirs);
+        bool overtaken = false;
+        m_wire.Before("/api/GetVersion/", [&] {
+            moments.Before(moment, [&] {
+                overtaken = CQbase::removeStore(m_folder.File(L"anna_Status.db"));
+                m_service.Apply("tower", renamed);
+            });
+        });
+        Anna("push");
+        isPast = moments.Rest();
+        overtakenInAll += overtaken ? 1 : 0;
+        Expect(Anna("sync"));
+        EXPECT_TRUE(isPast || NameOf(m_anna, "material", "m2") == theirs) << NameOf(m_anna, "material", "m2");
+    }
+    EXPECT_GT(overtakenInAll, 2);
+}
+
 } // namespace
 
 TEST_F(ReplacedVersion, IsStampedOverTheExpectedOneAlone) {

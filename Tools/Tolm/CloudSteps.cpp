@@ -112,12 +112,9 @@ StepResult AfterFailure(Workplace& place, const std::string& what) {
     return AfterFailure(place, RefusalIn(place.Heard().TakeMessages()), what);
 }
 
-/// The service tells whoever sent changes first of the version that these made. A higher one is told where another
-/// program sent this dataset's changes and others followed: of those nothing is here.
+/// The service tells whoever sent changes first of the version that these made.
 StepResult StampVersion(Workplace& place, const Comparison& comparison, const char* word) {
     const long version = place.Dataset().GetCloudVersion(comparison.project);
-    if (comparison.cloud >= 1 && version > comparison.cloud + 1)
-        return {false, "", "another program sent the changes, and the cloud moved on"};
     long standing = version;
     if (version < 1 || !ReplaceVersion(place.Path(), comparison.local, standing))
         return AfterFailure(place, nullptr, "the changes were sent, but the new version could not be noted");
@@ -161,11 +158,16 @@ StepResult Pull(Workplace& place, const Comparison& comparison) {
     return {true, "pulled", ""};
 }
 
+/// Where nothing was left to send another program has sent it. The cloud's version may be that of somebody else then,
+/// of which nothing is here: it is not stamped.
 StepResult Push(Workplace& place, const Comparison& comparison) {
     ProgressBar progress("Pushing");
+    place.Heard().TakeMessages(); // those of an earlier step say nothing of this one
     if (!place.Dataset().SendModifiedDataToCloud(true, &progress))
         return AfterFailure(place, "nothing was sent");
     progress.ReportProgress(100.0);
+    if (!Holds(place.Heard().TakeMessages(), kSent))
+        return {false, "", "another program sent the changes"};
     return StampVersion(place, comparison, "pushed");
 }
 
