@@ -1,13 +1,15 @@
 // Works on a dataset file that other processes work on too, and tells line by line what it does:
 //   tolm-dataset-process work|settle DATASET ADDRESS TOKEN WORKER FIRST COUNT SEED
 // A worker makes, edits and deletes materials of its own ("w2-17": the 17th of worker 2) and synchronises. The worker
-// "outside" makes and deletes nothing and edits anybody's. FIRST is the number of its next material and edit.
+// "outside" makes and deletes nothing and edits anybody's. FIRST is the number of its next material and edit. After
+// COUNT steps it ends; with COUNT 0 it works until it is killed. Moments are microseconds of the steady clock.
 //   put ID MARK VERSION | del ID MARK VERSION    before an edit, with the version that the file says
-//   ok MILLISECONDS | no MILLISECONDS            after it
-//   merge VERSION                                before merge and upload, with the cloud's version as compared
-//   sync RESULT 0|1 VERSION                      what the comparison said, whether the step was done, and the version
-//   of
-//                                                the cloud that it came to
+//   ok MILLISECONDS MOMENT | no ...              after it
+//   send MOMENT VERSION | merge MOMENT VERSION   before an upload, alone or behind a merge, with the cloud's version as
+//                                                compared
+//   sync RESULT 0|1 0|1 VERSION MILLISECONDS     what the comparison said, whether "send" or "merge" stands before it,
+//                                                whether the step was done, and the version of the cloud that it came
+//                                                to
 //   warn TEXT
 
 #include "Host/Definitions.h"
@@ -50,7 +52,7 @@ public:
                                                                     path + L".files")) {}
 
     void Work(int count) {
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; count == 0 || i < count; ++i)
             Step();
     }
 
@@ -115,21 +117,27 @@ private:
     template <class Edit> void Tell(Edit edit) {
         const auto start = Clock::now();
         const bool done = edit();
-        std::cout << (done ? "ok " : "no ") << Since(start) << std::endl;
+        std::cout << (done ? "ok " : "no ") << Since(start) << ' ' << Moment() << std::endl;
     }
 
     static long Since(Clock::time_point start) {
         return static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
     }
+    static long long Moment() {
+        return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now().time_since_epoch()).count();
+    }
 
     CompareVersionResult Sync() {
+        const auto start = Clock::now();
         std::wstring project;
         std::wstring timePoint;
         int cloud = 0;
         int local = 0;
         const auto result = m_dataset->CompareCloudVersion(project, cloud, local, timePoint);
+        const bool sends = result == CompareVersionResult::LocalChanges || result == CompareVersionResult::BothChanged;
         const bool done = StepTowards(result, project, cloud, local);
-        std::cout << "sync " << static_cast<int>(result) << ' ' << done << ' ' << cloud << std::endl;
+        std::cout << "sync " << static_cast<int>(result) << ' ' << sends << ' ' << done << ' ' << cloud << ' '
+                  << Since(start) << std::endl;
         return result;
     }
 
@@ -139,23 +147,26 @@ private:
         case CompareVersionResult::CloudAhead:
             return m_dataset->SyncDataFromCloud(false, nullptr, nullptr);
         case CompareVersionResult::LocalChanges:
+            std::cout << "send " << Moment() << ' ' << cloud << std::endl;
             return Send(project, cloud);
         case CompareVersionResult::BothChanged:
-            std::cout << "merge " << cloud << std::endl;
+            std::cout << "merge " << Moment() << ' ' << cloud << std::endl;
             return m_dataset->MergeDataAndSendModifiedData(project, &progress, cloud, local);
         default:
             return result == CompareVersionResult::Same;
         }
     }
 
-    /// Another process may have sent the changes, and others may have followed: a version is stamped only where
-    /// nobody else can have come in between, and only over the one that was compared.
-    bool Send(const std::wstring& project, int before) {
-        if (!m_dataset->SendModifiedDataToCloud(false, nullptr))
+    /// Where nothing was left to send another process has sent it, and others may have followed: only what was sent
+    /// here is stamped, and only over the version that was compared.
+    bool Send(const std::wstring& project, int& cloud) {
+        auto& store = *tolm::MepQbaseUtil::GetInstance();
+        if (store.SendModifiedDataToCloud(m_path, Definition(), m_path + L".components") != tolm::UploadOutcome::Sent)
             return false;
-        int version = m_dataset->GetCloudVersion(project);
-        return version >= 1 && version <= before + 1 &&
-               tolm::MepQbaseUtil::GetInstance()->ReplaceLocalVersion(m_path, Definition(), before, version);
+        const int before = cloud;
+        cloud = m_dataset->GetCloudVersion(project);
+        int version = cloud;
+        return version >= 1 && store.ReplaceLocalVersion(m_path, Definition(), before, version);
     }
 
     static std::wstring Definition() { return tolm::DataSetFilePath::TOLMDDQFilePath; }
