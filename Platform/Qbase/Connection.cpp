@@ -121,8 +121,10 @@ void Connection::OnChange(void* self, sqlite3*, int operation, const char* schem
     }
 }
 
+/// It is looked at the files after each pause: whoever held the lock may have removed one.
 int Connection::OnBusy(void* self, int) {
-    return static_cast<Connection*>(self)->m_waiter.Wait() ? 1 : 0;
+    auto& connection = *static_cast<Connection*>(self);
+    return connection.m_waiter.Wait() && !connection.AnyMoved() ? 1 : 0;
 }
 
 void Connection::Begin(LockKind kind) {
@@ -137,6 +139,21 @@ void Connection::Begin(LockKind kind) {
         Rollback();
         throw;
     }
+}
+
+bool Connection::BeginUnmoved(LockKind kind) {
+    if (AnyMoved())
+        return false;
+    try {
+        Begin(kind);
+    } catch (const SqlFailure&) {
+        if (!AnyMoved())
+            throw;
+        return false;
+    }
+    if (AnyMoved())
+        Rollback();
+    return m_held == kind;
 }
 
 void Connection::Commit() {

@@ -47,6 +47,10 @@ public:
 
     /// Begins a transaction with its lock on all files.
     void Begin(LockKind kind);
+    /// The same, unless one of the files is no longer the one at its path: then it does nothing and returns false. The
+    /// journal at the path of such a file is another one's. SQLite would take it for this one's, and so for what a
+    /// crash left.
+    bool BeginUnmoved(LockKind kind);
     void Commit();
     /// Gives up the transaction, if there is one.
     void Rollback() noexcept;

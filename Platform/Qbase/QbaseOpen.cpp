@@ -225,13 +225,11 @@ QbaseError CQbase::Impl::Lock(LockKind kind) {
 QbaseError CQbase::Impl::BeginOnTheFileAtThePath(LockKind kind) {
     qbase::Waiter waiter;
     do {
-        m_connection->Begin(kind);
-        if (!m_connection->AnyMoved()) {
+        if (m_connection->BeginUnmoved(kind)) {
             m_connection->Register();
             RefreshTables();
             return QbaseError::None;
         }
-        m_connection->Rollback();
         if (m_isCompanion || m_connection->HasCompanions())
             return QbaseError::NotFound;
         if (const auto error = OpenConnection(); error != QbaseError::None)

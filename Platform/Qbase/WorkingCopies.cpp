@@ -1,6 +1,7 @@
 #include "Qbase/ConnectionInternal.h"
 #include "Qbase/HiddenInternal.h"
 #include "Qbase/Qbase.h"
+#include "Qbase/RawFileInternal.h"
 #include "Qbase/SchemaInternal.h"
 #include "Qbase/StoreFileInternal.h"
 #include "Qbase/StoreReplaceInternal.h"
@@ -10,6 +11,7 @@
 #include <array>
 #include <memory>
 #include <optional>
+#include <utility>
 
 using qbase::Connection;
 using qbase::LockKind;
@@ -49,7 +51,10 @@ bool AreDifferent(const std::array<Paths, 2>& paths) {
 
 } // namespace
 
-/// One connection has both stores open from the copying to the end: it is told by SQLite when a file changed.
+/// One connection has the first store open from the copying to the end: it is told by SQLite when the file changed. The
+/// second one may be removed meanwhile and come into being anew, and SQLite would take the journal of the new file for
+/// that of the old one: the connection has it open only while it holds a lock on the first, which whoever removes or
+/// makes the second holds too.
 class QBASE_INTERNAL CQbaseWorkingCopies::Impl {
 public:
     QbaseError Make(const Pair& first, const Pair& second);
@@ -79,6 +84,7 @@ private:
         Paths paths;
         Connection::File* file = nullptr; ///< of the connection
         sqlite3_int64 version = 0;        ///< of its content when it was copied
+        qbase::FileIdentity identity;     ///< then
         std::unique_ptr<Connection> copy; ///< without a lock: as long as it is open, no other file is taken for this
         std::shared_ptr<qbase::CopyRecord> record; ///< of what was changed in the copy
     };
@@ -95,12 +101,14 @@ private:
     QbaseError m_lastError = QbaseError::None;
     std::optional<Connection> m_connection;
     std::array<Store, 2> m_stores;
+    std::unique_ptr<qbase::RawFile> m_second; ///< as long as it is open no other file has the same identity
 };
 
 void CQbaseWorkingCopies::Impl::LetGo() noexcept {
     m_connection.reset();
     ForgetCopies();
     m_stores = {};
+    m_second.reset();
 }
 
 QbaseError CQbaseWorkingCopies::Impl::Make(const Pair& first, const Pair& second) {
@@ -156,8 +164,8 @@ bool CQbaseWorkingCopies::Impl::OpenBoth() {
     try {
         m_connection.emplace(m_stores[0].paths.store, false);
         m_stores[0].file = &m_connection->Main();
-        m_stores[1].file = &m_connection->Attach(m_stores[1].paths.store, false);
         m_connection->Begin(LockKind::Read);
+        m_stores[1].file = &m_connection->Attach(m_stores[1].paths.store, false);
         for (const auto& store : m_stores) {
             if (qbase::CheckMark(*m_connection, store.file->schema) != QbaseError::None)
                 return false;
@@ -178,9 +186,13 @@ QbaseError CQbaseWorkingCopies::Impl::CopyBoth() {
         store.copy = qbase::MakeCopy(m_connection->Get(), store.file->schema, store.paths.copy);
         store.record = std::make_shared<qbase::CopyRecord>();
         qbase::WorkingCopyRegistry::Fix(this, store.paths.copy, store.copy->Main().identity, store.record);
-        store.version = qbase::DataVersion(*m_connection, store.file->schema);
+        store.identity = store.file->identity;
     }
+    m_stores[0].version = qbase::DataVersion(*m_connection, m_stores[0].file->schema);
+    m_stores[1].version = qbase::ChangeCounterOf(m_connection->Get(), m_stores[1].file->schema);
+    m_second = std::make_unique<qbase::RawFile>(m_stores[1].paths.store);
     m_connection->Rollback();
+    m_connection->Leave(*std::exchange(m_stores[1].file, nullptr));
     return QbaseError::None;
 }
 
@@ -188,8 +200,11 @@ QbaseError CQbaseWorkingCopies::Impl::PutBack() {
     if (!m_connection)
         return QbaseError::WrongState;
     m_connection->Waiting().Start();
-    if (m_connection->WouldWaitForItself(LockKind::Update))
+    if (m_connection->WouldWaitForItself(LockKind::Update) ||
+        LockRegistry::WouldWaitForItself(m_stores[1].identity, LockKind::Update, &*m_connection))
         return QbaseError::Locked;
+    if (m_connection->AnyMoved())
+        return QbaseError::Changed;
     m_connection->Begin(LockKind::Update);
     if (HaveChanged())
         return QbaseError::Changed;
@@ -204,13 +219,13 @@ QbaseError CQbaseWorkingCopies::Impl::PutBack() {
 }
 
 bool CQbaseWorkingCopies::Impl::HaveChanged() {
-    if (m_connection->AnyMoved())
+    Store& second = m_stores[1];
+    if (m_connection->AnyMoved() || qbase::IdentityOf(second.paths.store) != second.identity ||
+        qbase::DataVersion(*m_connection, m_stores[0].file->schema) != m_stores[0].version)
         return true;
-    for (const auto& store : m_stores) {
-        if (qbase::DataVersion(*m_connection, store.file->schema) != store.version)
-            return true;
-    }
-    return false;
+    second.file = &m_connection->Attach(second.paths.store, false);
+    return second.file->identity != second.identity ||
+           qbase::ChangeCounterOf(m_connection->Get(), second.file->schema) != second.version;
 }
 
 QbaseError CQbaseWorkingCopies::Impl::Replace(const Store& store) {
