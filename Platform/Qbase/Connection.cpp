@@ -53,7 +53,7 @@ std::shared_ptr<Connection> Connection::OpenStore(const std::string& path) {
     if (!IsOpenOnStore(connection->Get()))
         return nullptr;
     connection->ReadMain(path);
-    return connection;
+    return IsOpenOnStore(connection->Get()) ? connection : nullptr; // what a crash left has been rolled back
 }
 
 void Connection::ReadMain(const std::string& path) {

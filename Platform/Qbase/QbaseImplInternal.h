@@ -104,7 +104,7 @@ private:
     QbaseError JoinExamined(const std::shared_ptr<qbase::Connection>& connection, const std::wstring& definitionPath,
                             const std::wstring& filePath);
     void LookForDamage(qbase::Connection& connection);
-    QbaseError Join(const std::shared_ptr<qbase::Connection>& connection, bool settle);
+    QbaseError Join(const std::shared_ptr<qbase::Connection>& connection);
     QbaseError Settle();
     QbaseError BeginOnTheFileAtThePath(qbase::LockKind kind);
     void RefreshTables();

@@ -92,7 +92,7 @@ QbaseError CQbase::Impl::TryOpen(qbase::Waiter& waiter, bool& again) {
         return error;
     m_connection = std::make_shared<Connection>(m_path, m_create);
     m_file = &m_connection->Main();
-    if (kind == StoreFileKind::Store)
+    if (kind == StoreFileKind::Store && qbase::IsOpenOnStore(m_connection->Get()))
         return QbaseError::None;
     if (qbase::IsBlank(*m_connection, m_file->schema))
         return m_create ? CreateContent(again) : QbaseError::NotFound;
@@ -143,7 +143,7 @@ QbaseError CQbase::Impl::OpenBeside(Impl& primary, const std::wstring& definitio
     if ((identity && connection->Uses(*identity)) || WouldWaitForItself(m_path, connection.get()))
         return QbaseError::Locked;
     if (connection->HasLeft(m_path))
-        return Join(connection, false);
+        return Join(connection);
     return JoinExamined(connection, definitionPath, filePath);
 }
 
@@ -160,7 +160,7 @@ QbaseError CQbase::Impl::JoinExamined(const std::shared_ptr<Connection>& connect
     }
     if (kind != StoreFileKind::Empty && kind != StoreFileKind::Missing && connection->Held() == LockKind::Update)
         LookForDamage(*connection);
-    return Join(connection, kind != StoreFileKind::Store);
+    return Join(connection);
 }
 
 /// A damage that is met in the transaction would forbid it to write: it is looked for on another connection. That is
@@ -170,13 +170,15 @@ void CQbase::Impl::LookForDamage(Connection& connection) {
         Connection(m_path, false);
 }
 
-/// Only the connection is shared: where this fails the primary is as it was, unless its transaction is lost.
-QbaseError CQbase::Impl::Join(const std::shared_ptr<Connection>& connection, bool settle) {
+/// Only the connection is shared: where this fails the primary is as it was, unless its transaction is lost. What
+/// looked like a store may have been what a crash left, which has been rolled back when the file is open.
+QbaseError CQbase::Impl::Join(const std::shared_ptr<Connection>& connection) {
     try {
         m_file = &connection->Attach(m_path, m_create);
         m_connection = connection;
         m_isCompanion = true;
-        const auto error = settle ? Settle() : QbaseError::None;
+        const bool isSettled = qbase::IsOpenOnStore(connection->Get(), m_file->schema);
+        const auto error = isSettled ? QbaseError::None : Settle();
         if (error != QbaseError::None)
             Forget();
         return error;

@@ -88,8 +88,8 @@ bool IsFilledFile(const std::string& path) {
     return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
 }
 
-bool IsOpenOnStore(sqlite3* database) {
-    sqlite3_file* file = FileOf(database, "main");
+bool IsOpenOnStore(sqlite3* database, const std::string& schema) {
+    sqlite3_file* file = FileOf(database, schema);
     return file != nullptr && Judge(*file) == StoreFileKind::Store;
 }
 

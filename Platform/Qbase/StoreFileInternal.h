@@ -40,8 +40,9 @@ std::optional<FileIdentity> IdentityOf(const std::string& path);
 /// True for a regular file that is not empty.
 bool IsFilledFile(const std::string& path);
 
-/// What `Examine` calls a store at first sight, looked at through a connection that has not been used yet.
-bool IsOpenOnStore(sqlite3* database);
+/// What `Examine` calls a store at first sight, looked at through a connection. The bytes may be what a crash left,
+/// until the connection has read the file.
+bool IsOpenOnStore(sqlite3* database, const std::string& schema = "main");
 
 /// What SQLite raises by one with each commit that writes to the file. Needs a lock on it.
 std::uint32_t ChangeCounterOf(sqlite3* database, const std::string& schema);

@@ -50,6 +50,7 @@ protected:
             EXPECT_TRUE(isKilled || (WIFEXITED(status) && WEXITSTATUS(status) == 0)) << status;
             meets();
             EXPECT_TRUE(Note(L"last"));
+            EXPECT_TRUE(Note(L"once more"));
             EXPECT_EQ(Sql(m_path, "PRAGMA integrity_check"), "ok");
             EXPECT_EQ(Sql(m_second, "PRAGMA integrity_check"), "ok");
         }
@@ -80,6 +81,10 @@ TEST_F(StoreMoved, ALockOnTheOldFileLeavesTheJournalOfTheNewOneAlone) {
                 old.reset();
             });
     }
+}
+
+TEST_F(StoreMoved, NobodyElseHasTheOldFileOpen) {
+    ExpectWholeStores([] {}, [] {});
 }
 
 TEST_F(StoreMoved, WorkingCopiesOfTheOldFileLeaveTheJournalOfTheNewOneAlone) {
