@@ -30,11 +30,14 @@ constexpr long kLock = 1'500;
 constexpr long kSlack = 5'000;
 /// An edit waits for the data store to open and to be locked, and for the status store likewise.
 constexpr long kLongestEdit = 4 * kLock + kSlack;
-/// A synchronisation takes LOCKS
-constexpr long kLongestSync = 20 * kLock + kSlack;
+/// A synchronisation gives up at the first lock that it does not get in time, and takes some ten of them: to compare,
+/// to copy, to put back, to read what is sent, to end that, to stamp. What it begins anew it rarely begins anew twice.
+constexpr long kLongestSync = 10 * kLock + kSlack;
 
-/// How many of the edits may give way to what the file itself had sent: this many, and one in so many of all.
-constexpr int kFewestExcused = 3;
+/// How many of the edits may give way to what the file itself had sent: this many, and one in so many of all. Of 20,000
+/// edits on a machine with ten times the work that it has cores for it were 0.5 %, but one late stamp lets several of a
+/// run: up to 4 of 97, and 7 of 211.
+constexpr int kFewestExcused = 6;
 constexpr int kShareExcused = 50;
 
 /// How many runs each worker makes.
@@ -265,7 +268,6 @@ protected:
         std::cout << "seed " << seed << "\n";
         RunAll(kills, seed);
         ExpectNoLockLeft();
-        if (HasFailure()) { const std::string d = vorn::StringUtil::ToString(dataset.Path()); std::system(("D=$(dirname " + d + "); cp -r $D /tmp/wreck; ls -la --time-style=full-iso $D").c_str()); } // TEMPORARY
         Settle();
         for (auto* ledger : AllLedgers())
             ledger->TakeLastVersions([&](const std::string& token) { return LastVersionOf(token); });
