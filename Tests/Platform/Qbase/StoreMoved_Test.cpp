@@ -32,11 +32,17 @@ protected:
     /// Before each change that the other process makes: `opens` runs before, `meets` after its end. Whatever they do,
     /// the stores are whole then, and can be written.
     void ExpectWholeStores(const Work& opens, const Work& meets) {
+        ASSERT_TRUE(Note(L"first"));
+        const std::pair<std::wstring, std::string> files[] = {{m_path, ReadBytes(m_path)},
+                                                              {m_second, ReadBytes(m_second)}};
         bool isKilled = true;
         int kills = 0;
         for (long change = 1; isKilled; ++change) {
             SCOPED_TRACE(change);
-            ASSERT_TRUE(CQbase::removeStore(m_path) && CQbase::removeStore(m_second) && Note(L"first"));
+            for (const auto& [path, bytes] : files) {
+                std::filesystem::remove(Native(path));
+                WriteText(path, bytes);
+            }
             const Turn start;
             const pid_t other = fork();
             if (other == 0)
@@ -71,6 +77,7 @@ private:
 TEST_F(StoreMoved, ALockOnTheOldFileLeavesTheJournalOfTheNewOneAlone) {
     for (const bool isUpdate : {false, true}) {
         std::unique_ptr<CQbase> old;
+        ASSERT_TRUE(CQbase::removeStore(m_path) && CQbase::removeStore(m_second));
         ExpectWholeStores(
             [&] {
                 old = std::make_unique<CQbase>();
