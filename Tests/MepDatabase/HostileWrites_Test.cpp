@@ -5,11 +5,9 @@
 #include "StoreSupport/MergeFixture.h"
 #include "StoreSupport/StoreContent.h"
 #include "Support/FolderContent.h"
-#include "Support/HostileAnswers.h"
+#include "Support/HostileWorks.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <numeric>
 #include <optional>
 
 /// Operations that send what the host writes, against a service that answers one of their calls as none should: an
@@ -78,24 +76,7 @@ const WriteWork kWorks[] = {
     {"RemoveProducts", &RemoveProducts, {{"/api/RemoveCombinations/P1/16353515", kNoted, Leaves::New, false, false}}},
 };
 
-struct WorkAndCall {
-    const WriteWork* work;
-    std::size_t call;
-};
-
-std::vector<WorkAndCall> EachCall() {
-    std::vector<WorkAndCall> calls;
-    for (const WriteWork& work : kWorks)
-        for (std::size_t i = 0; i < work.calls.size(); ++i)
-            calls.push_back({&work, i});
-    return calls;
-}
-
-void PrintTo(const WorkAndCall& param, std::ostream* out) {
-    *out << param.work->name << ", call " << param.call + 1;
-}
-
-class HostileWrites : public MergeFixture, public testing::WithParamInterface<WorkAndCall> {
+class HostileWrites : public MergeFixture, public testing::WithParamInterface<WorkAndCall<WriteWork>> {
 public:
     bool SendByTable() { return util.SendModifiedDataToCloud(false, nullptr, path, ddq, L"", true); }
     bool Write(const TemplateList& list) { return util.WriteCircuitTemplateList(path, ddq, list); }
@@ -179,7 +160,9 @@ protected:
         m_files->PutBack();
     }
 
-    void TryEach(const std::vector<HostileAnswer>& answers, std::size_t weight);
+    void TryEach(const std::vector<HostileAnswer>& answers, std::size_t weight) {
+        TrySome(GetParam(), answers, weight, [&](const HostileAnswer& hostile) { ExpectTakenOrNot(hostile); });
+    }
 
     std::optional<FolderContent> m_files;
     State m_old, m_new;
@@ -211,21 +194,6 @@ bool RemoveProducts(HostileWrites& writes) {
     return writes.Dataset()->RemoveCombinedComponents(kListCode, kListCode, {L"p1"});
 }
 
-/// Of so many answers one is tried (of those that are cut one in eight times as many), of each call another one, unless
-/// TOLM_HOSTILE_STRIDE says otherwise. Each call meets all of them by itself.
-std::size_t Stride() {
-    const char* const stride = std::getenv("TOLM_HOSTILE_STRIDE");
-    return stride != nullptr ? std::max(1UL, std::strtoul(stride, nullptr, 10)) : 17;
-}
-
-void HostileWrites::TryEach(const std::vector<HostileAnswer>& answers, std::size_t weight) {
-    const std::string name = testing::PrintToString(GetParam());
-    const std::size_t first = std::accumulate(name.begin(), name.end(), std::size_t{0}) % Stride();
-    for (std::size_t i = first; i < answers.size(); i += Stride() == 1 ? 1 : Stride() * weight)
-        if (!answers[i].isSlow)
-            ExpectTakenOrNot(answers[i]);
-}
-
 TEST_P(HostileWrites, AreTakenOrNotWhateverTheServiceAnswers) {
     TryEach(HostileAnswers(TheCall().trueBody, elsewhere.Port()), 1);
 }
@@ -234,10 +202,7 @@ TEST_P(HostileWrites, AreTakenOrNotWhereverAnAnswerIsCut) {
     TryEach(CutAnswers(TheCall().trueBody), 8);
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, HostileWrites, testing::ValuesIn(EachCall()),
-                         [](const testing::TestParamInfo<WorkAndCall>& call) {
-                             return std::string(call.param.work->name) + "_Call" + std::to_string(call.param.call + 1);
-                         });
+INSTANTIATE_TEST_SUITE_P(Each, HostileWrites, testing::ValuesIn(EachCall(kWorks)), &WorkAndCall<WriteWork>::NameOf);
 
 } // namespace
 } // namespace tolmtest

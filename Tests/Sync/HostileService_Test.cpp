@@ -1,16 +1,14 @@
 #include "MepDataSetInterface/TolmProject.h"
 #include "StoreSupport/MergeFixture.h"
 #include "StoreSupport/StoreContent.h"
-#include "Support/HostileAnswers.h"
+#include "Support/HostileWorks.h"
 #include "Vorn/Text.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <numeric>
 
 /// Whole operations against a service that answers one of their calls as none should: the dataset is old or new, and
 /// local changes are kept until the service has them.
@@ -103,24 +101,7 @@ const Work kWorks[] = {
       VersionIs(kVersion9, Leaves::Sent)}},
 };
 
-struct WorkAndCall {
-    const Work* work;
-    std::size_t call;
-};
-
-std::vector<WorkAndCall> EachCall() {
-    std::vector<WorkAndCall> calls;
-    for (const Work& work : kWorks)
-        for (std::size_t i = 0; i < work.calls.size(); ++i)
-            calls.push_back({&work, i});
-    return calls;
-}
-
-void PrintTo(const WorkAndCall& param, std::ostream* out) {
-    *out << param.work->name << ", call " << param.call + 1;
-}
-
-class Operation : public MergeFixture, public testing::WithParamInterface<WorkAndCall> {
+class Operation : public MergeFixture, public testing::WithParamInterface<WorkAndCall<Work>> {
 public:
     bool DoPull() { return RefreshWith(false, nullptr, nullptr); }
     bool DoMerge() { return Merge(&progress); }
@@ -261,7 +242,10 @@ protected:
         Restore();
     }
 
-    void TryEach(const std::vector<HostileAnswer>& answers, std::size_t weight);
+    void TryEach(const std::vector<HostileAnswer>& answers, std::size_t weight) {
+        TrySome(GetParam(), answers, weight,
+                [&](const HostileAnswer& hostile) { ExpectOldOrNew(hostile.name, hostile.answer); });
+    }
 
     Files m_files;
     State m_old, m_merged, m_new;
@@ -283,24 +267,6 @@ bool SendByTable(Operation& operation) {
 }
 bool MergeAndSend(Operation& operation) {
     return operation.DoMergeAndSend();
-}
-
-/// Of so many answers one is tried (of those that are cut one in eight times as many), of each call another one, unless
-/// TOLM_HOSTILE_STRIDE says otherwise. Each call meets all of them by itself.
-std::size_t Stride() {
-    const char* const stride = std::getenv("TOLM_HOSTILE_STRIDE");
-    return stride != nullptr ? std::max(1UL, std::strtoul(stride, nullptr, 10)) : 17;
-}
-
-std::size_t FirstOf(const WorkAndCall& param) {
-    const std::string name = testing::PrintToString(param);
-    return std::accumulate(name.begin(), name.end(), std::size_t{0}) % Stride();
-}
-
-void Operation::TryEach(const std::vector<HostileAnswer>& answers, std::size_t weight) {
-    for (std::size_t i = FirstOf(GetParam()); i < answers.size(); i += Stride() == 1 ? 1 : Stride() * weight)
-        if (!answers[i].isSlow)
-            ExpectOldOrNew(answers[i].name, answers[i].answer);
 }
 
 TEST_P(Operation, IsDoneOrNotWhateverTheServiceAnswers) {
@@ -365,20 +331,16 @@ TEST_P(Operation, SucceedsOnceTheServiceAnswersAgain) {
     }
 }
 
-std::string NameOf(const testing::TestParamInfo<WorkAndCall>& call) {
-    return std::string(call.param.work->name) + "_Call" + std::to_string(call.param.call + 1);
-}
-
-std::vector<WorkAndCall> EachDownload() {
-    auto calls = EachCall();
-    std::erase_if(calls, [](const WorkAndCall& call) {
+std::vector<WorkAndCall<Work>> EachDownload() {
+    auto calls = EachCall(kWorks);
+    std::erase_if(calls, [](const WorkAndCall<Work>& call) {
         return !call.work->calls[call.call].path.starts_with("/api/DownloadVersion/");
     });
     return calls;
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, Operation, testing::ValuesIn(EachCall()), NameOf);
-INSTANTIATE_TEST_SUITE_P(Each, Download, testing::ValuesIn(EachDownload()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Each, Operation, testing::ValuesIn(EachCall(kWorks)), &WorkAndCall<Work>::NameOf);
+INSTANTIATE_TEST_SUITE_P(Each, Download, testing::ValuesIn(EachDownload()), &WorkAndCall<Work>::NameOf);
 
 } // namespace
 } // namespace tolmtest
