@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <ranges>
 #include <utility>
 
 namespace tolmtest {
@@ -86,8 +85,7 @@ void UnsyncedWrites::LoseSteps(bool torn, std::mt19937_64& chance) const {
         if (isLost || std::ranges::any_of(lost, [&](const Step* other) { return step.DependsOn(*other); }))
             lost.push_back(&step);
     }
-    for (const Step* const step : lost | std::views::reverse)
-        Undo(*step);
+    std::for_each(lost.rbegin(), lost.rend(), [](const Step* step) { Undo(*step); });
 }
 
 bool UnsyncedWrites::Step::DependsOn(const Step& other) const {
