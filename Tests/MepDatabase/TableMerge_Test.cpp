@@ -37,7 +37,7 @@ protected:
                                      2,
                                      "{'ID':'%ID','groupName':'MaterialSeries','parentID':'','text':'%NAME'}",
                                      "{'ID':'%ID','groupName':'MaterialSeries','parentID':''}"};
-    const IdMap none;
+    const IdMap none{};
     const IdMap some{{L"MaterialSeries", {L"x"}}, {L"electricLinePipe", {L"x"}}};
 };
 
